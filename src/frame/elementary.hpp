@@ -1,0 +1,65 @@
+// Elementary functions: the only door to the C library's mathematics.
+//
+// sqrt, fabs, floor, ceil, fmod and ldexp are exact or correctly rounded everywhere. The others are the C
+// library's own, whose last bits may differ from one C library, or one processor, to the next.
+#ifndef FATHOM_FRAME_ELEMENTARY_HPP
+#define FATHOM_FRAME_ELEMENTARY_HPP
+
+#include <cfloat>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+namespace fathom {
+
+// The arithmetic that every result rests on: IEC 559 doubles, evaluated as doubles.
+static_assert(std::numeric_limits<double>::is_iec559 && std::numeric_limits<double>::digits == 53);
+static_assert(FLT_EVAL_METHOD == 0);
+#if defined(__FAST_MATH__)
+#error "value-changing optimisations break the promise of equal bits"
+#endif
+
+inline constexpr double kPi = 3.141592653589793;
+inline constexpr double kTwoPi = 6.283185307179586;
+inline constexpr double kRadiansPerDegree = 0.017453292519943295;
+
+inline double sqrt(double x) { return std::sqrt(x); }
+inline double fabs(double x) { return std::fabs(x); }
+inline double floor(double x) { return std::floor(x); }
+inline double ceil(double x) { return std::ceil(x); }
+inline double fmod(double x, double y) { return std::fmod(x, y); }
+inline bool isNan(double x) { return x != x; }
+
+inline double sin(double x) { return std::sin(x); }
+inline double cos(double x) { return std::cos(x); }
+inline double atan2(double y, double x) { return std::atan2(y, x); }
+inline double exp(double x) { return std::exp(x); }
+inline double log(double x) { return std::log(x); }
+
+// Both at once, with the bits of sin and cos.
+inline void sincos(double x, double& s, double& c) {
+#if defined(__GLIBC__)
+  ::sincos(x, &s, &c);
+#else
+  s = std::sin(x);
+  c = std::cos(x);
+#endif
+}
+
+// One value after another over an array; results may overwrite the arguments.
+inline void sin(const double* x, std::size_t n, double* s) {
+  for (std::size_t i = 0; i < n; ++i) s[i] = sin(x[i]);
+}
+inline void cos(const double* x, std::size_t n, double* c) {
+  for (std::size_t i = 0; i < n; ++i) c[i] = cos(x[i]);
+}
+inline void exp(const double* x, std::size_t n, double* e) {
+  for (std::size_t i = 0; i < n; ++i) e[i] = exp(x[i]);
+}
+inline void sincos(const double* x, std::size_t n, double* s, double* c) {
+  for (std::size_t i = 0; i < n; ++i) sincos(x[i], s[i], c[i]);
+}
+
+}  // namespace fathom
+
+#endif
