@@ -14,5 +14,7 @@ write_basic_package_version_file(fathomConfigVersion.cmake COMPATIBILITY SameMin
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/fathomConfig.cmake
   ${CMAKE_CURRENT_BINARY_DIR}/fathomConfigVersion.cmake DESTINATION ${package})
 
+# Relative, so that the installed tree can be moved.
+file(RELATIVE_PATH FATHOM_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/fathom.pc.in fathom.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/fathom.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -15,9 +15,21 @@ namespace {
 using test::SameBits;
 
 std::vector<double> awkwardDoubles() {
-  std::vector<double> values = {0.0, -0.0, 1.0, -3.0, test::kInf, -test::kInf, test::kNan,
-                                test::kDenormal, 3 * test::kDenormal, 0x1p-1022, 0x1.fffffffffffffp-1022,
-                                0x1.fffffffffffffp1023, 6.0, 360.0, 0x1.8p-1074};
+  std::vector<double> values = {0.0,
+                                -0.0,
+                                1.0,
+                                -3.0,
+                                test::kInf,
+                                -test::kInf,
+                                test::kNan,
+                                test::kDenormal,
+                                3 * test::kDenormal,
+                                0x1p-1022,
+                                0x1.fffffffffffffp-1022,
+                                0x1.fffffffffffffp1023,
+                                6.0,
+                                360.0,
+                                0x1.8p-1074};
   std::uint64_t bits = 88172645463325252u;  // xorshift: every exponent turns up
   for (int i = 0; i < 2000; ++i) {
     bits ^= bits << 13;
@@ -50,7 +62,8 @@ TEST(Extended, KeepsTheBitsThatADoubleLoses) {
 TEST(Extended, IntegersGiveTheBitsOfTheHardware) {
   if (!HardExtended::kAvailable) GTEST_SKIP() << "long double has no 64-bit mantissa here";
   const std::vector<double> values = awkwardDoubles();
-  for (ExtendedConstant c : {extendedReciprocal(6), extendedReciprocal(360), extendedReciprocal(7)}) {
+  for (ExtendedConstant c :
+       {extendedReciprocal(6), extendedReciprocal(360), extendedReciprocal(7)}) {
     const SoftExtended soft(c);
     const HardExtended hard(c);
     for (std::size_t i = 0; i < values.size(); ++i) {

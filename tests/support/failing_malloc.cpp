@@ -9,7 +9,7 @@ thread_local int requestCount = 0;
 }  // namespace
 
 extern "C" {
-void* __real_malloc(std::size_t size);  // NOLINT(bugprone-reserved-identifier): the linker's name
+void* __real_malloc(std::size_t size);   // NOLINT(bugprone-reserved-identifier): the linker's name
 void* __wrap_malloc(std::size_t size) {  // NOLINT(bugprone-reserved-identifier): the linker's name
   if (armed && ++requestCount == failingRequest) return nullptr;
   return __real_malloc(size);
@@ -23,7 +23,11 @@ FailingMalloc::FailingMalloc(int failing) {
   failingRequest = failing;
   requestCount = 0;
 }
-FailingMalloc::~FailingMalloc() { armed = false; }
-int FailingMalloc::requests() const { return requestCount; }
+FailingMalloc::~FailingMalloc() {
+  armed = false;
+}
+int FailingMalloc::requests() const {
+  return requestCount;
+}
 
 }  // namespace fathom::test

@@ -1,0 +1,239 @@
+#include "library/routines.hpp"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+
+#include "support/signals.hpp"
+
+namespace fathom::test {
+namespace {
+
+constexpr Argument in() {
+  return {Role::kInput};
+}
+constexpr Argument inOut() {
+  return {Role::kInOut};
+}
+constexpr Argument out() {
+  return {Role::kOutput};
+}
+constexpr Argument choice(double v) {
+  return {Role::kChoice, v};
+}
+constexpr Argument fixed(double v) {
+  return {Role::kFixed, v};
+}
+constexpr Argument real(double v) {
+  return {Role::kReal, v};
+}
+constexpr Argument count(AnalysisStatus negative = FATHOM_ERR_NO_SAMPLES) {
+  return {Role::kCount, 0.0, INT32_MAX, negative, negative};
+}
+constexpr Argument count(AnalysisStatus negative, AnalysisStatus zero) {
+  return {Role::kCount, 0.0, INT32_MAX, negative, zero};
+}
+// A row or column count, and a count that stays the same at every size.
+constexpr Argument side() {
+  return {Role::kCount, 0.0, 48};
+}
+constexpr Argument fixedCount(std::int32_t v, AnalysisStatus negative = FATHOM_ERR_NO_SAMPLES) {
+  return {Role::kCount, static_cast<double>(v), INT32_MAX, negative, negative};
+}
+
+template <typename... P, std::size_t... i>
+AnalysisStatus apply(AnalysisStatus (*f)(P...), Slots& slots, std::index_sequence<i...>) {
+  return f(slots[i].template as<P>()...);
+}
+
+template <typename... P>
+Routine routine(const char* name, AnalysisStatus (*f)(P...),
+                const std::array<Argument, sizeof...(P)>& arguments) {
+  return {name, {arguments.begin(), arguments.end()}, [f](Slots& slots) {
+            return apply(f, slots, std::index_sequence_for<P...>{});
+          }};
+}
+
+// The same, for a routine whose results pass through sin, cos, exp, log or atan2.
+template <typename... P>
+Routine elementary(const char* name, AnalysisStatus (*f)(P...),
+                   const std::array<Argument, sizeof...(P)>& arguments) {
+  Routine r = routine(name, f, arguments);
+  r.elementary = true;
+  return r;
+}
+
+Routine harmonicAnalyzer() {
+  Routine r = elementary("HarmonicAnalyzer", HarmonicAnalyzer,
+                         {inOut(), count(), choice(0), fixed(5), choice(1), real(1000), real(40),
+                          out(), out(), out(), out()});
+  r.failedRequests = {FATHOM_ERR_MEMORY, FATHOM_OK};  // the second is let pass, with no outputs
+  r.writesBeforeFailure = true;                       // the lowest bins and earlier harmonics
+  return r;
+}
+
+constexpr AnalysisStatus kTwo = FATHOM_ERR_FEWER_THAN_TWO_SAMPLES;
+
+}  // namespace
+
+#define ROUTINE(name, ...) routine(#name, name, {__VA_ARGS__})
+#define ELEMENTARY(name, ...) elementary(#name, name, {__VA_ARGS__})
+
+const std::vector<Routine>& routines() {
+  static const std::vector<Routine> table = {
+      // array/elementwise
+      ROUTINE(Add1D, in(), in(), count(), out()),
+      ROUTINE(Sub1D, in(), in(), count(), out()),
+      ROUTINE(Mul1D, in(), in(), count(), out()),
+      ROUTINE(Div1D, in(), in(), count(), out()),
+      ROUTINE(Add2D, in(), in(), side(), side(), out()),
+      ROUTINE(Sub2D, in(), in(), side(), side(), out()),
+      ROUTINE(Mul2D, in(), in(), side(), side(), out()),
+      ROUTINE(Div2D, in(), in(), side(), side(), out()),
+      ROUTINE(Abs1D, in(), count(), out()),
+      ROUTINE(Neg1D, in(), count(), out()),
+      ROUTINE(Clear1D, inOut(), count()),
+      ROUTINE(Set1D, inOut(), count(), real(2.5)),
+      ROUTINE(Clip, in(), count(), real(0.5), real(-0.25), out()),
+      // array/reorder
+      ROUTINE(Copy1D, in(), count(), out()),
+      ROUTINE(Subset1D, in(), count(), choice(1), fixedCount(2), out()),
+      ROUTINE(Reverse, in(), count(), out()),
+      ROUTINE(Shift, in(), count(), choice(-2), out()),
+      ROUTINE(Sort, in(), count(), choice(0), out()),
+      // array/scale
+      ROUTINE(Scale1D, in(), count(), out(), out(), out()),
+      ROUTINE(Scale2D, in(), side(), side(), out(), out(), out()),
+      ROUTINE(QScale1D, in(), count(), out(), out()),
+      ROUTINE(QScale2D, in(), side(), side(), out(), out()),
+      ROUTINE(Normal1D, in(), count(), out(), out(), out()),
+      ROUTINE(Normal2D, in(), side(), side(), out(), out(), out()),
+      // array/reduce
+      ROUTINE(MaxMin1D, in(), count(), out(), out(), out(), out()),
+      ROUTINE(MaxMin2D, in(), side(), side(), out(), out(), out(), out(), out(), out()),
+      ROUTINE(Sum1D, in(), count(), out()),
+      ROUTINE(Sum2D, in(), side(), side(), out()),
+      ROUTINE(Prod1D, in(), count(), out()),
+      // array/evaluate
+      ROUTINE(LinEv1D, in(), count(), real(1.7), real(-0.3), out()),
+      ROUTINE(LinEv2D, in(), side(), side(), real(1.7), real(-0.3), out()),
+      ROUTINE(PolyEv1D, in(), count(), in(), fixedCount(9), out()),
+      ROUTINE(PolyEv2D, in(), side(), side(), in(), fixedCount(9), out()),
+      // array/calculus
+      ROUTINE(Integrate, in(), count(), real(0.01), real(0.2), real(-0.1), out()),
+      ROUTINE(Difference, in(), count(), real(0.01), real(0.2), real(-0.1), out()),
+      ROUTINE(UnWrap1D, inOut(), count()),
+      ROUTINE(Decimate, in(), count(), fixedCount(3, FATHOM_ERR_DECIMATION), choice(1), out()),
+      // stats/descriptive, stats/histogram
+      ROUTINE(Mean, in(), count(), out()),
+      ROUTINE(StdDev, in(), count(), out(), out()),
+      ROUTINE(Variance, in(), count(), out(), out()),
+      ROUTINE(RMS, in(), count(), out()),
+      ROUTINE(Moment, in(), count(), fixedCount(3, FATHOM_ERR_ORDER), out()),
+      ROUTINE(Median, in(), count(), out()),
+      ROUTINE(Mode, in(), count(), real(-0.8), real(0.9), fixedCount(17), out()),
+      ROUTINE(Histogram, in(), count(), real(-0.8), real(0.9), out(), out(), fixedCount(17)),
+      // generate/waveform
+      ELEMENTARY(SineWave, count(), real(1.5), real(0.013), inOut(), out()),
+      ROUTINE(SquareWave, count(), real(1.5), real(0.013), inOut(), real(30), out()),
+      ROUTINE(TriangleWave, count(), real(1.5), real(0.013), inOut(), out()),
+      ROUTINE(SawtoothWave, count(), real(1.5), real(0.013), inOut(), out()),
+      ROUTINE(ArbitraryWave, count(), real(1.5), real(0.013), inOut(), in(), fixed(37), choice(1),
+              out()),
+      // generate/pattern
+      ELEMENTARY(SinePattern, count(), real(1.5), real(30), real(0.75), out()),
+      ROUTINE(Ramp, count(kTwo), real(-1), real(2), out()),
+      ROUTINE(Impulse, count(), real(1.5), choice(1), out()),
+      ROUTINE(Pulse, count(), real(1.5), choice(1), choice(2), out()),
+      ROUTINE(Triangle, count(kTwo), real(1.5), out()),
+      ELEMENTARY(Chirp, count(), real(1.5), real(0.01), real(0.3), out()),
+      ELEMENTARY(Sinc, count(), real(1.5), real(2), real(0.1), out()),
+      // window
+      ELEMENTARY(HanWin, inOut(), count()),
+      ELEMENTARY(HamWin, inOut(), count()),
+      ELEMENTARY(BkmanWin, inOut(), count()),
+      ELEMENTARY(ExBkmanWin, inOut(), count()),
+      ELEMENTARY(BlkHarrisWin, inOut(), count()),
+      ELEMENTARY(FlatTopWin, inOut(), count()),
+      ELEMENTARY(GenCosWin, inOut(), count(), in(), fixedCount(5)),
+      ROUTINE(KsrWin, inOut(), count(), real(6)),
+      ROUTINE(TriWin, inOut(), count()),
+      ELEMENTARY(CosTaperedWin, inOut(), count(FATHOM_OK)),
+      ELEMENTARY(ExpWin, inOut(), count(kTwo), real(0.1)),
+      ROUTINE(ForceWin, inOut(), count(kTwo), real(40)),
+      ELEMENTARY(ScaledWindow, inOut(), count(FATHOM_ERR_NEGATIVE_SAMPLES, FATHOM_OK), choice(8),
+                 out()),
+      // spectral/fft, real_fft, hartley
+      ELEMENTARY(FFT, inOut(), inOut(), count()),
+      ELEMENTARY(InvFFT, inOut(), inOut(), count()),
+      ELEMENTARY(ReFFT, inOut(), out(), count()),
+      ELEMENTARY(ReInvFFT, inOut(), in(), count()),
+      ELEMENTARY(FHT, inOut(), count()),
+      ELEMENTARY(InvFHT, inOut(), count()),
+      // spectral/spectra
+      ELEMENTARY(Spectrum, inOut(), count()),
+      ELEMENTARY(AutoPowerSpectrum, in(), count(), real(0.001), out(), out()),
+      ELEMENTARY(CrossSpectrum, in(), in(), count(), out(), out()),
+      ELEMENTARY(CrossPowerSpectrum, in(), in(), count(), real(0.001), out(), out(), out()),
+      ELEMENTARY(AmpPhaseSpectrum, in(), count(), choice(1), real(0.001), out(), out(), out()),
+      // spectral/network
+      ELEMENTARY(TransferFunction, in(), in(), count(), real(0.001), out(), out(), out()),
+      ELEMENTARY(ImpulseResponse, in(), in(), count(), out()),
+      ELEMENTARY(NetworkFunctions, in(), in(), count(), fixedCount(3), real(0.001), out(), out(),
+                 out(), out(), out(), out(), out()),
+      // measure
+      ROUTINE(PowerFrequencyEstimate, in(), count(), real(11), real(1.5), real(0), real(2),
+              choice(7), out(), out()),
+      harmonicAnalyzer(),
+  };
+  return table;
+}
+
+Slots prepare(const Routine& r, std::int32_t size, std::uint64_t seed) {
+  Slots slots(r.arguments.size());
+  for (std::size_t i = 0; i < slots.size(); ++i) {
+    const Argument& a = r.arguments[i];
+    Slot& s = slots[i];
+    s.real = a.value;
+    s.integer = a.role == Role::kCount && a.value == 0.0 ? std::min(size, a.limit)
+                                                         : static_cast<std::int32_t>(a.value);
+    if (a.role > Role::kOutput) continue;
+    s.reals.assign(Slot::kCapacity + 2 * Slot::kGuard, Slot::kFill);
+    s.integers.assign(Slot::kCapacity + 2 * Slot::kGuard, Slot::kIntegerFill);
+    if (a.role == Role::kOutput) continue;
+    const std::vector<double> data = uniform(Slot::kCapacity, seed + 1000 * i);
+    std::copy(data.begin(), data.end(), s.reals.begin() + Slot::kGuard);
+  }
+  return slots;
+}
+
+bool guardsIntact(const Slots& slots) {
+  for (const Slot& s : slots) {
+    for (std::size_t i = 0; i < (s.reals.empty() ? 0 : Slot::kGuard); ++i) {
+      const std::size_t end = s.reals.size() - 1 - i;
+      if (s.reals[i] != Slot::kFill || s.reals[end] != Slot::kFill) return false;
+      if (s.integers[i] != Slot::kIntegerFill || s.integers[end] != Slot::kIntegerFill)
+        return false;
+    }
+  }
+  return true;
+}
+
+std::uint64_t digest(const Routine& r) {
+  std::uint64_t hash = 14695981039346656037u;  // FNV-1a over 64-bit words
+  const auto add = [&hash](std::uint64_t word) { hash = (hash ^ word) * 1099511628211u; };
+  for (std::int32_t size : {1, 2, 3, 4, 7, 8, 16, 17, 32, 61, 64, 100, 256, 1000, 1024, 4096}) {
+    for (std::uint64_t seed : {1u, 2u}) {
+      Slots slots = prepare(r, size, seed);
+      add(static_cast<std::uint64_t>(r.call(slots)));
+      for (const Slot& s : slots) {
+        for (double v : s.reals)
+          add(v != v ? 0x7FF8000000000000u : std::bit_cast<std::uint64_t>(v));
+        for (std::int32_t v : s.integers) add(static_cast<std::uint64_t>(v));
+      }
+    }
+  }
+  return hash;
+}
+
+}  // namespace fathom::test
