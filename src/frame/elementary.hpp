@@ -1,7 +1,8 @@
 // Elementary functions: the only door to the C library's mathematics.
 //
-// sqrt, fabs, floor, ceil, fmod and ldexp are exact or correctly rounded everywhere. The others are the C
-// library's own, whose last bits may differ from one C library, or one processor, to the next.
+// sqrt, fabs, floor, ceil, fmod and ldexp are exact or correctly rounded everywhere. The others are
+// the C library's own, whose last bits may differ from one C library, or one processor, to the
+// next.
 #ifndef FATHOM_FRAME_ELEMENTARY_HPP
 #define FATHOM_FRAME_ELEMENTARY_HPP
 
@@ -23,18 +24,40 @@ inline constexpr double kPi = 3.141592653589793;
 inline constexpr double kTwoPi = 6.283185307179586;
 inline constexpr double kRadiansPerDegree = 0.017453292519943295;
 
-inline double sqrt(double x) { return std::sqrt(x); }
-inline double fabs(double x) { return std::fabs(x); }
-inline double floor(double x) { return std::floor(x); }
-inline double ceil(double x) { return std::ceil(x); }
-inline double fmod(double x, double y) { return std::fmod(x, y); }
-inline bool isNan(double x) { return x != x; }
+inline double sqrt(double x) {
+  return std::sqrt(x);
+}
+inline double fabs(double x) {
+  return std::fabs(x);
+}
+inline double floor(double x) {
+  return std::floor(x);
+}
+inline double ceil(double x) {
+  return std::ceil(x);
+}
+inline double fmod(double x, double y) {
+  return std::fmod(x, y);
+}
+inline bool isNan(double x) {
+  return x != x;
+}
 
-inline double sin(double x) { return std::sin(x); }
-inline double cos(double x) { return std::cos(x); }
-inline double atan2(double y, double x) { return std::atan2(y, x); }
-inline double exp(double x) { return std::exp(x); }
-inline double log(double x) { return std::log(x); }
+inline double sin(double x) {
+  return std::sin(x);
+}
+inline double cos(double x) {
+  return std::cos(x);
+}
+inline double atan2(double y, double x) {
+  return std::atan2(y, x);
+}
+inline double exp(double x) {
+  return std::exp(x);
+}
+inline double log(double x) {
+  return std::log(x);
+}
 
 // Both at once, with the bits of sin and cos.
 inline void sincos(double x, double& s, double& c) {

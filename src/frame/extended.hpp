@@ -138,7 +138,8 @@ class HardExtended {
  public:
   static constexpr bool kAvailable = std::numeric_limits<long double>::digits == 64;
 
-  constexpr explicit HardExtended(ExtendedConstant c) : value_(static_cast<long double>(c.mantissa)) {
+  constexpr explicit HardExtended(ExtendedConstant c)
+      : value_(static_cast<long double>(c.mantissa)) {
     for (int e = c.exponent; e < 0; ++e) value_ *= 0.5L;
     for (int e = c.exponent; e > 0; --e) value_ *= 2.0L;
   }
@@ -166,12 +167,16 @@ struct ExtendedOf<false> {
 using Extended = ExtendedOf<HardExtended::kAvailable>::Type;
 
 template <typename E>
-  requires requires(const E& e) { e.toDouble(); }
+requires requires(const E& e) {
+  e.toDouble();
+}
 constexpr E operator*(const E& a, double b) {
   return a * E(b);
 }
 template <typename E>
-  requires requires(const E& e) { e.toDouble(); }
+requires requires(const E& e) {
+  e.toDouble();
+}
 constexpr E operator*(double a, const E& b) {
   return E(a) * b;
 }

@@ -58,7 +58,11 @@ void stopModule() {
 namespace {
 // An ELF constructor cannot refuse the load: without its lock the module is left stopped, and
 // addExitFunction says so. No other routine depends on it.
-[[gnu::constructor]] void onLoad() { fathom::startModule(); }
-[[gnu::destructor]] void onUnload() { fathom::stopModule(); }
+[[gnu::constructor]] void onLoad() {
+  fathom::startModule();
+}
+[[gnu::destructor]] void onUnload() {
+  fathom::stopModule();
+}
 }  // namespace
 #endif
