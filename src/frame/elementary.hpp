@@ -39,6 +39,9 @@ inline double ceil(double x) {
 inline double fmod(double x, double y) {
   return std::fmod(x, y);
 }
+inline double copysign(double x, double sign) {
+  return std::copysign(x, sign);
+}
 inline bool isNan(double x) {
   return x != x;
 }
