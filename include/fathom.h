@@ -98,6 +98,12 @@ enum FathomStatus {
   FATHOM_ERR_NEGATIVE_ORDER = -20103
 };
 
+/** Interpolation of ArbitraryWave. Any other value is FATHOM_INTERPOLATE_NONE. */
+enum FathomInterpolation {
+  FATHOM_INTERPOLATE_NONE = 0,  /**< the entry at or before the position */
+  FATHOM_INTERPOLATE_LINEAR = 1 /**< between two entries; the last leads to the first */
+};
+
 /** Windows of ScaledWindow. Any other value is FATHOM_WINDOW_RECTANGULAR. */
 enum FathomWindow {
   FATHOM_WINDOW_RECTANGULAR = 0,
@@ -227,47 +233,342 @@ FATHOM_API AnalysisStatus Histogram(const double* x, int32_t n, double base, dou
 
 /* ---- Periodic waveforms (src/generate/waveform.cpp) ------------------------------------------ */
 
+/**
+ * y[i] = amplitude sin(pi/180 phase), with phase += 360 frequency after each sample.
+ *
+ * Passing the same phase variable to each following call continues the signal. The phase is not
+ * reduced between the samples of a call.
+ *
+ * @param n [in] number of samples
+ * @param amplitude [in] factor of the shape, of any sign
+ * @param frequency [in] cycles per sample, of any size and sign
+ * @param phase [in,out] degrees: of the first sample on entry, on return that of the sample after
+ *     the last, reduced by fmod to [0, 360] (360 only by rounding, from just below zero)
+ * @param y [out] n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus SineWave(int32_t n, double amplitude, double frequency, double* phase,
                                    double* y);
+
+/**
+ * Square wave, high part first: y[i] = amplitude while the phase, reduced to one cycle, is below
+ * 3.6 dutyCycle degrees, else -amplitude. The phase is kept as SineWave does.
+ *
+ * @param n [in] number of samples
+ * @param amplitude [in] factor of the shape, of any sign
+ * @param frequency [in] cycles per sample, of any size and sign
+ * @param phase [in,out] degrees: of the first sample on entry, on return that of the sample after
+ *     the last, reduced by fmod to [0, 360] (360 only by rounding, from just below zero)
+ * @param dutyCycle [in] high part of the cycle in percent; below 0 counts as 0, above 100 as 100
+ * @param y [out] n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus SquareWave(int32_t n, double amplitude, double frequency, double* phase,
                                      double dutyCycle, double* y);
+
+/**
+ * Triangle wave: 0 at phase 0, amplitude at 90 degrees, -amplitude at 270. The phase is kept as
+ * SineWave does.
+ *
+ * @param n [in] number of samples
+ * @param amplitude [in] factor of the shape, of any sign
+ * @param frequency [in] cycles per sample, of any size and sign
+ * @param phase [in,out] degrees: of the first sample on entry, on return that of the sample after
+ *     the last, reduced by fmod to [0, 360] (360 only by rounding, from just below zero)
+ * @param y [out] n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus TriangleWave(int32_t n, double amplitude, double frequency, double* phase,
                                        double* y);
+
+/**
+ * Sawtooth wave: rises from 0 at phase 0 towards amplitude, jumps to -amplitude at 180 degrees and
+ * rises back to 0. The phase is kept as SineWave does.
+ *
+ * @param n [in] number of samples
+ * @param amplitude [in] factor of the shape, of any sign
+ * @param frequency [in] cycles per sample, of any size and sign
+ * @param phase [in,out] degrees: of the first sample on entry, on return that of the sample after
+ *     the last, reduced by fmod to [0, 360] (360 only by rounding, from just below zero)
+ * @param y [out] n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus SawtoothWave(int32_t n, double amplitude, double frequency, double* phase,
                                        double* y);
+
+/**
+ * Periodic wave of any shape: y[i] = amplitude times the table at position length phase / 360, with
+ * phase += 360 frequency after each sample. The phase is advanced in table positions, length
+ * frequency per sample, and converted back at the end.
+ *
+ * @param n [in] number of samples
+ * @param amplitude [in] factor of the shape, of any sign
+ * @param frequency [in] cycles per sample, of any size and sign
+ * @param phase [in,out] degrees: of the first sample on entry, on return that of the sample after
+ *     the last, reduced by fmod to [0, 360] (360 only by rounding, from just below zero)
+ * @param table [in] one cycle of the shape, length values
+ * @param length [in] number of table entries; at or below 0 the shape is 0 throughout
+ * @param interpolation [in] a FathomInterpolation; any value but FATHOM_INTERPOLATE_LINEAR takes
+ *     the entry at or before the position
+ * @param y [out] n samples
+ *
+ * A position just below zero that rounds up to the table's end is its first entry; one that is not
+ * finite gives NaN. In place: no.
+ *
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus ArbitraryWave(int32_t n, double amplitude, double frequency,
                                         double* phase, const double* table, int32_t length,
                                         int32_t interpolation, double* y);
 
 /* ---- Patterns (src/generate/pattern.cpp) ----------------------------------------------------- */
 
+/**
+ * Whole or partial cycles of a sine: y[i] = amplitude sin(pi/180 phase + 2 pi i cycles / n), the
+ * angle advanced by repeated addition.
+ *
+ * @param n [in] number of samples
+ * @param amplitude [in] factor of the shape, of any sign
+ * @param phase [in] of the first sample, degrees
+ * @param cycles [in] cycles in the n samples; zero gives a constant, a negative number runs
+ *     backwards
+ * @param y [out] n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_CYCLES if cycles > n or is not a
+ *         number
+ */
 FATHOM_API AnalysisStatus SinePattern(int32_t n, double amplitude, double phase, double cycles,
                                       double* y);
+
+/**
+ * Straight line from first towards last: y[0] = first, y[k + 1] = y[k] + (last - first) / (n - 1).
+ * y[n - 1] equals last up to the rounding of the sum.
+ *
+ * @param n [in] number of samples
+ * @param first [in] value of the first sample
+ * @param last [in] value that the last sample approaches
+ * @param y [out] n samples
+ * @return FATHOM_OK; FATHOM_ERR_FEWER_THAN_TWO_SAMPLES if n < 2
+ */
 FATHOM_API AnalysisStatus Ramp(int32_t n, double first, double last, double* y);
+
+/**
+ * Zeros, but y[index] = amplitude.
+ *
+ * @param n [in] number of samples
+ * @param amplitude [in] value of the impulse
+ * @param index [in] its position, 0 to n - 1
+ * @param y [out] n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_INDEX if index >= n or index < 0
+ */
 FATHOM_API AnalysisStatus Impulse(int32_t n, double amplitude, int32_t index, double* y);
+
+/**
+ * Zeros, but amplitude in y[delay] ... y[delay + width - 1].
+ *
+ * @param n [in] number of samples
+ * @param amplitude [in] value of the pulse
+ * @param delay [in] samples before the pulse
+ * @param width [in] samples of the pulse; 0 makes none
+ * @param y [out] n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_DELAY_WIDTH if delay < 0, width < 0
+ *         or delay + width > n
+ */
 FATHOM_API AnalysisStatus Pulse(int32_t n, double amplitude, int32_t delay, int32_t width,
                                 double* y);
+
+/**
+ * Symmetric triangle: from 0 in steps of amplitude / h up to amplitude and down again, h = n / 2
+ * rounded down. n = 4 gives 0, a/2, a, a/2; n = 5 gives 0, a/2, a, a/2, 0.
+ *
+ * @param n [in] number of samples
+ * @param amplitude [in] value of the peak
+ * @param y [out] n samples
+ * @return FATHOM_OK; FATHOM_ERR_FEWER_THAN_TWO_SAMPLES if n < 2
+ */
 FATHOM_API AnalysisStatus Triangle(int32_t n, double amplitude, double* y);
+
+/**
+ * Linear frequency sweep: y[i] = amplitude sin((i k + 2 pi f1) i) with k = (f2 - f1) pi / n.
+ *
+ * @param n [in] number of samples
+ * @param amplitude [in] factor of the shape, of any sign
+ * @param f1 [in] frequency at the first sample, cycles per sample
+ * @param f2 [in] frequency that sample n would reach, cycles per sample
+ * @param y [out] n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Chirp(int32_t n, double amplitude, double f1, double f2, double* y);
+
+/**
+ * y[i] = amplitude sin(x) / x with x = pi (i dt - delay), and amplitude where x is 0.
+ *
+ * @param n [in] number of samples
+ * @param amplitude [in] factor of the shape, of any sign
+ * @param delay [in] position of the peak, in the unit of dt
+ * @param dt [in] sample interval
+ * @param y [out] n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_INTERVAL unless dt > 0
+ */
 FATHOM_API AnalysisStatus Sinc(int32_t n, double amplitude, double delay, double dt, double* y);
 
 /* ---- Time-domain windows (src/window/window.cpp) --------------------------------------------- */
 
+/**
+ * Hanning window, periodic: x[k] *= sin(pi k / n)^2.
+ *
+ * Source: F. J. Harris, On the use of windows for harmonic analysis with the discrete Fourier
+ * transform, Proceedings of the IEEE 66 (1978).
+ *
+ * @param x [in,out] n samples, each replaced by its product with the window
+ * @param n [in] number of samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus HanWin(double* x, int32_t n);
+
+/**
+ * Hamming window, periodic: x[k] *= 0.54 - 0.46 cos t, t = 2 pi k / n.
+ *
+ * Source: F. J. Harris, On the use of windows for harmonic analysis with the discrete Fourier
+ * transform, Proceedings of the IEEE 66 (1978).
+ *
+ * @param x [in,out] n samples, each replaced by its product with the window
+ * @param n [in] number of samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus HamWin(double* x, int32_t n);
+
+/**
+ * Blackman window, periodic: x[k] *= 0.42 - 0.5 cos t + 0.08 cos 2t, t = 2 pi k / n.
+ *
+ * x[0] is multiplied by -2^-56, which is what the rounded coefficients sum to.
+ * Source: F. J. Harris, On the use of windows for harmonic analysis with the discrete Fourier
+ * transform, Proceedings of the IEEE 66 (1978).
+ *
+ * @param x [in,out] n samples, each replaced by its product with the window
+ * @param n [in] number of samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus BkmanWin(double* x, int32_t n);
+
+/**
+ * Exact Blackman window, periodic: x[k] *= (7938 - 9240 cos t + 1430 cos 2t) / 18608, t = 2 pi k /
+ * n.
+ *
+ * Source: F. J. Harris, On the use of windows for harmonic analysis with the discrete Fourier
+ * transform, Proceedings of the IEEE 66 (1978).
+ *
+ * @param x [in,out] n samples, each replaced by its product with the window
+ * @param n [in] number of samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus ExBkmanWin(double* x, int32_t n);
+
+/**
+ * Three-term Blackman-Harris window, periodic: x[k] *= 0.42323 - 0.49755 cos t + 0.07922 cos 2t, t
+ * = 2 pi k / n.
+ *
+ * Source: F. J. Harris, On the use of windows for harmonic analysis with the discrete Fourier
+ * transform, Proceedings of the IEEE 66 (1978).
+ *
+ * @param x [in,out] n samples, each replaced by its product with the window
+ * @param n [in] number of samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus BlkHarrisWin(double* x, int32_t n);
+
+/**
+ * Flat-top window, periodic, for reading amplitudes between bins: x[k] *= 0.28106388 - 0.52089717
+ * cos t + 0.19803897 cos 2t, t = 2 pi k / n (rounded here to eight digits). Its edge is negative.
+ *
+ * @param x [in,out] n samples, each replaced by its product with the window
+ * @param n [in] number of samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus FlatTopWin(double* x, int32_t n);
+
+/**
+ * General cosine-sum window, periodic: x[k] *= a[0] - a[1] cos t + a[2] cos 2t - ..., t = 2 pi k /
+ * n.
+ *
+ * Source: A. H. Nuttall, Some windows with very good sidelobe behavior, IEEE Transactions on
+ * Acoustics, Speech, and Signal Processing 29 (1981).
+ *
+ * @param x [in,out] n samples, each replaced by its product with the window
+ * @param n [in] number of samples
+ * @param a [in] m coefficients, without the alternating signs
+ * @param m [in] number of coefficients
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1 or m < 1
+ */
 FATHOM_API AnalysisStatus GenCosWin(double* x, int32_t n, const double* a, int32_t m);
+
+/**
+ * Kaiser-Bessel window, periodic: x[k] *= I0(beta sqrt(1 - t^2)) / I0(beta), t = 1 - 2 k / n.
+ *
+ * I0, the modified Bessel function, is summed until a term is at most 1e-8 and over at most 25
+ * terms, which is accurate for |beta| up to about 20.
+ * Source: J. F. Kaiser, Nonrecursive digital filter design using the I0-sinh window function, IEEE
+ * International Symposium on Circuits and Systems (1974).
+ *
+ * @param x [in,out] n samples, each replaced by its product with the window
+ * @param n [in] number of samples
+ * @param beta [in] shape: 0 is rectangular; larger lowers the sidelobes and widens the main lobe
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus KsrWin(double* x, int32_t n, double beta);
+
+/**
+ * Triangle window: x[0] = 0; x[k] and x[n - k] *= k / h with h = n / 2 rounded down.
+ *
+ * @param x [in,out] n samples, each replaced by its product with the window
+ * @param n [in] number of samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus TriWin(double* x, int32_t n);
+
+/**
+ * Cosine taper on a tenth of the samples, m = n / 10 rounded down, at each end: x[0] = x[n - 1] =
+ * 0; x[j] and x[n - 1 - j] *= sin(pi j / (2 m))^2 for j < m. Fewer than 10 samples stay as they
+ * are.
+ *
+ * @param x [in,out] n samples, each replaced by its product with the window
+ * @param n [in] number of samples
+ * @return FATHOM_OK for every n
+ */
 FATHOM_API AnalysisStatus CosTaperedWin(double* x, int32_t n);
+
+/**
+ * Exponential window: x[k] *= exp(k a) with a = ln(finalValue) / (n - 1), from 1 to finalValue.
+ *
+ * @param x [in,out] n samples, each replaced by its product with the window
+ * @param n [in] number of samples
+ * @param finalValue [in] factor of the last sample; at or below 0 it gives zeros or NaN after the
+ *     first
+ * @return FATHOM_OK; FATHOM_ERR_FEWER_THAN_TWO_SAMPLES if n < 2
+ */
 FATHOM_API AnalysisStatus ExpWin(double* x, int32_t n, double finalValue);
+
+/**
+ * Force window: keeps the first m = n dutyCycle / 100 samples, rounded towards zero, and sets the
+ * others to 0.
+ *
+ * @param x [in,out] n samples
+ * @param n [in] number of samples
+ * @param dutyCycle [in] percent to keep; above 100 keeps all, below 0 or NaN keeps none
+ * @return FATHOM_OK; FATHOM_ERR_FEWER_THAN_TWO_SAMPLES if n < 2
+ */
 FATHOM_API AnalysisStatus ForceWin(double* x, int32_t n, double dutyCycle);
 
 /* ---- Scaled window (src/window/scaled.cpp) --------------------------------------------------- */
 
+/**
+ * Applies a window and divides by its coherent gain, so that the amplitude of a tone is kept.
+ *
+ * @param x [in,out] n samples, each multiplied by the window, then by 1 / (coherent gain)
+ * @param n [in] number of samples; 0 writes the properties only
+ * @param window [in] a FathomWindow
+ * @param properties [out] equivalent noise bandwidth and coherent gain of the window
+ * @return FATHOM_OK; FATHOM_ERR_NEGATIVE_SAMPLES if n < 0
+ */
 FATHOM_API AnalysisStatus ScaledWindow(double* x, int32_t n, int32_t window,
                                        WindowProperties* properties);
 
@@ -282,23 +583,149 @@ FATHOM_API AnalysisStatus InvFHT(double* x, int32_t n);
 
 /* ---- Spectra (src/spectral/spectra.cpp) ------------------------------------------------------ */
 
+/**
+ * Two-sided power spectrum |X[k]|^2 / n^2, with X[k] = sum over m of x[m] exp(-i 2 pi k m / n).
+ *
+ * @param[in,out] x n samples in, n powers out, those of k and n - k equal
+ * @param[in] n a power of two
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_POWER_OF_TWO if n is none
+ */
 FATHOM_API AnalysisStatus Spectrum(double* x, int32_t n);
+
+/**
+ * One-sided power spectrum |X[0]|^2 / n^2, 2 |X[k]|^2 / n^2: the mean square of the part of the
+ * signal that lies in each bin.
+ *
+ * A sine of amplitude A on a bin gives A^2 / 2 there. In place: `power` may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n a power of two
+ * @param[in] dt sampling interval in seconds, not checked
+ * @param[out] power n / 2 values, bins 0 to n / 2 - 1; none for n = 1
+ * @param[out] df spacing of the bins, 1 / (n dt), in hertz
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_POWER_OF_TWO if n is none;
+ *         FATHOM_ERR_MEMORY
+ */
 FATHOM_API AnalysisStatus AutoPowerSpectrum(const double* x, int32_t n, double dt, double* power,
                                             double* df);
+
+/**
+ * Two-sided cross spectrum conj(X[k]) Y[k] / N^2, where N is n rounded up to a power of two and
+ * both records are continued with zeros.
+ *
+ * In place: each output may be either input if that has room for N values.
+ *
+ * @param[in] x n samples
+ * @param[in] y n samples
+ * @param[in] n number of samples, at least 1; any
+ * @param[out] re real parts, N values
+ * @param[out] im imaginary parts, N values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_MEMORY, always if n > 2^30
+ */
 FATHOM_API AnalysisStatus CrossSpectrum(const double* x, const double* y, int32_t n, double* re,
                                         double* im);
+
+/**
+ * One-sided cross power spectrum as magnitude and phase: |Sxy[0]| and 2 |Sxy[k]|, with
+ * Sxy[k] = conj(X[k]) Y[k] / n^2.
+ *
+ * In place: each output may be either input.
+ *
+ * @param[in] x n samples
+ * @param[in] y n samples
+ * @param[in] n a power of two
+ * @param[in] dt sampling interval in seconds, not checked
+ * @param[out] magnitude bins 0 to n / 2 - 1, n / 2 values; one for n = 1
+ * @param[out] phase by which y is ahead of x, in radians, as many values
+ * @param[out] df spacing of the bins, 1 / (n dt), in hertz
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_POWER_OF_TWO if n is none;
+ *         FATHOM_ERR_MEMORY
+ */
 FATHOM_API AnalysisStatus CrossPowerSpectrum(const double* x, const double* y, int32_t n, double dt,
                                              double* magnitude, double* phase, double* df);
+
+/**
+ * One-sided amplitude and phase: |X[0]| / n and sqrt(2) |X[k]| / n, the RMS amplitude of each bin.
+ *
+ * In place: each output may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n a power of two
+ * @param[in] unwrap nonzero to remove the jumps of the phase as UnWrap1D does
+ * @param[in] dt sampling interval in seconds, not checked
+ * @param[out] amplitude bins 0 to n / 2 - 1, n / 2 values; one for n = 1
+ * @param[out] phase of the bins' cosines, in radians, as many values
+ * @param[out] df spacing of the bins, 1 / (n dt), in hertz
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_POWER_OF_TWO if n is none;
+ *         FATHOM_ERR_MEMORY
+ */
 FATHOM_API AnalysisStatus AmpPhaseSpectrum(const double* x, int32_t n, int32_t unwrap, double dt,
                                            double* amplitude, double* phase, double* df);
 
 /* ---- Network functions (src/spectral/network.cpp) -------------------------------------------- */
 
+/**
+ * Transfer function H[k] = Y[k] / X[k] of one record, as magnitude and phase.
+ *
+ * A bin in which the stimulus is zero is infinite or NaN. In place: each output may be either
+ * input.
+ *
+ * @param[in] stimulus n samples
+ * @param[in] response n samples
+ * @param[in] n a power of two
+ * @param[in] dt sampling interval in seconds, not checked
+ * @param[out] magnitude bins 0 to n / 2 - 1, n / 2 values; one for n = 1
+ * @param[out] phase in radians, as many values
+ * @param[out] df spacing of the bins, 1 / (n dt), in hertz
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_POWER_OF_TWO if n is none;
+ *         FATHOM_ERR_MEMORY
+ */
 FATHOM_API AnalysisStatus TransferFunction(const double* stimulus, const double* response,
                                            int32_t n, double dt, double* magnitude, double* phase,
                                            double* df);
+
+/**
+ * Impulse response: the inverse transform of H[k] = Y[k] / X[k] of one record, taken as one period.
+ *
+ * If a bin of the stimulus is zero, every sample is infinite or NaN. In place: `impulse` may be
+ * either input.
+ *
+ * @param[in] stimulus n samples
+ * @param[in] response n samples
+ * @param[in] n a power of two
+ * @param[out] impulse n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_POWER_OF_TWO if n is none;
+ *         FATHOM_ERR_MEMORY
+ */
 FATHOM_API AnalysisStatus ImpulseResponse(const double* stimulus, const double* response, int32_t n,
                                           double* impulse);
+
+/**
+ * Network functions averaged over frames: frequency response H1 = Sxy / Sxx, its impulse response,
+ * cross power and coherence |Sxy|^2 / (Sxx Syy), where S are sums over the frames.
+ *
+ * The average suppresses noise in the response that has nothing to do with the stimulus; with one
+ * frame the coherence is always 1. A bin without power is infinite or NaN. In place: each output
+ * may be either input.
+ *
+ * J. S. Bendat and A. G. Piersol, Random Data: Analysis and Measurement Procedures, Wiley, 1971.
+ *
+ * @param[in] stimulus n x frames samples, frame after frame
+ * @param[in] response n x frames samples, frame after frame
+ * @param[in] n size of a frame, a power of two
+ * @param[in] frames number of frames, at least 1
+ * @param[in] dt sampling interval in seconds, not checked
+ * @param[out] crossMagnitude |Sxy| / frames of bin 0, twice that of bins 1 to n / 2 - 1; n / 2
+ *             values, one for n = 1
+ * @param[out] crossPhase in radians, as many values
+ * @param[out] magnitude |H1| of bins 0 to n / 2 - 1, n / 2 values; none for n = 1
+ * @param[out] phase of H1 in radians, n / 2 values; none for n = 1
+ * @param[out] coherence between 0 and 1, n / 2 values, one for n = 1
+ * @param[out] impulse n samples
+ * @param[out] df spacing of the bins, 1 / (n dt), in hertz
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1 or frames < 1; FATHOM_ERR_POWER_OF_TWO if n is
+ *         none; FATHOM_ERR_MEMORY
+ */
 FATHOM_API AnalysisStatus NetworkFunctions(const double* stimulus, const double* response,
                                            int32_t n, int32_t frames, double dt,
                                            double* crossMagnitude, double* crossPhase,
@@ -307,10 +734,82 @@ FATHOM_API AnalysisStatus NetworkFunctions(const double* stimulus, const double*
 
 /* ---- Power, frequency and harmonics (src/measure/power_frequency.cpp, harmonic.cpp) ---------- */
 
+/**
+ * Power and frequency of one peak, from the bins j of a band around it: sum of s[j] /
+ * noiseBandwidth, and the centre of that power, df sum of j s[j] / sum of s[j].
+ *
+ * The band has `span` bins, at least 3, and one more if that is even; bins outside the spectrum
+ * are left out. A band without power has the frequency of its middle bin.
+ *
+ * @param[in] spectrum n powers, as from AutoPowerSpectrum
+ * @param[in] n number of bins, at least 1
+ * @param[in] searchFrequency of the band's middle bin, rounded down, in the unit of df; the largest
+ *            bin is taken if it is negative, NaN or past the last bin
+ * @param[in] noiseBandwidth of the window that was applied, in bins: 1 for none, 1.5 for HanWin
+ * @param[in] reserved not used
+ * @param[in] df spacing of the bins
+ * @param[in] span width of the band in bins
+ * @param[out] peakFrequency in the unit of df
+ * @param[out] peakPower in the unit of the spectrum
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus PowerFrequencyEstimate(const double* spectrum, int32_t n,
                                                  double searchFrequency, double noiseBandwidth,
                                                  double reserved, double df, int32_t span,
                                                  double* peakFrequency, double* peakPower);
+
+/**
+ * Amplitudes and frequencies of the harmonics of the largest tone, and total harmonic distortion
+ * sqrt(a[1]^2 + a[2]^2 + ...) / a[0] with and without noise, from a power spectrum.
+ *
+ * The first 2 L bins of the spectrum are cleared, where L is half the main lobe's width rounded up;
+ * the largest bin that is left, k, is the fundamental, and harmonic h is looked for in the 2 L + 1
+ * bins around h k. Its amplitude is corrected for its place between two bins, by the ratio of the
+ * two largest. Distortion plus noise takes all power but that of the 2 L - 1 bins around k.
+ *
+ * Take care: where the bins on both sides of a peak differ by less than about 1e-7, as for a tone
+ * exactly on a bin or a very small one, the amplitude returned is the bin's power, not its square
+ * root. A tone exactly midway between two bins can give an infinite amplitude. The skirts of a tone
+ * between two bins count as noise. The results for windows 3 to 7 are biased, because the correction
+ * uses another window's shape:
+ *
+ *     window   noise bandwidth and main lobe of    L    correction for
+ *       0      rectangular                         2    rectangular
+ *       1      Hanning                             2    Hanning
+ *       2      Hamming                             2    Hamming
+ *       3      exact Blackman                      3    Blackman-Harris
+ *       4      Blackman                            3    exact Blackman
+ *       5      flat top                            4    Blackman
+ *       6      four-term Blackman-Harris           3    flat top
+ *       7      seven-term Blackman-Harris          4    four-term Blackman-Harris
+ *
+ * The corrections suppose a spectrum divided by the square of the window's mean. Calls on disjoint
+ * data may run at the same time.
+ *
+ * D. C. Rife and G. A. Vincent, Use of the discrete Fourier transform in the measurement of
+ * frequencies and levels of tones, Bell System Technical Journal 49, 1970.
+ *
+ * @param[in,out] spectrum n powers, as from AutoPowerSpectrum; the first 2 L are cleared, also when
+ *                a later check fails
+ * @param[in] n number of bins, at least 1
+ * @param[in] fftSize number of samples that the spectrum was made from; 2 n if it is below 1
+ * @param[in] harmonics how many to measure, the fundamental included; those at or above half the
+ *            sampling rate are 0. None are measured, and the distortions are infinite or NaN, if it
+ *            is below 1
+ * @param[in] window 0 to 7, as above
+ * @param[in] samplingRate in hertz
+ * @param[in] fundamental frequency in hertz; it decides how many harmonics lie below half the
+ *            sampling rate (none if it is negative or NaN), not which bin is the fundamental
+ * @param[out] amplitudes RMS amplitudes, `harmonics` values
+ * @param[out] frequencies in hertz, `harmonics` values
+ * @param[out] distortion total harmonic distortion in percent
+ * @param[out] distortionPlusNoise total harmonic distortion plus noise in percent
+ * @return FATHOM_OK; FATHOM_ERR_SELECTION if window is not 0 to 7; FATHOM_ERR_NO_SAMPLES if n < 1;
+ *         FATHOM_ERR_MEMORY; FATHOM_ERR_NO_SAMPLES if no bin that is left is above 0 (silence);
+ *         FATHOM_ERR_INDEX_LENGTH if a harmonic's bins reach past the spectrum, after the harmonics
+ *         before it were written. FATHOM_OK with no result written if memory ends after the first
+ *         request
+ */
 FATHOM_API AnalysisStatus HarmonicAnalyzer(double* spectrum, int32_t n, int32_t fftSize,
                                            int32_t harmonics, int32_t window, double samplingRate,
                                            double fundamental, double* amplitudes,
