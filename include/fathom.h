@@ -239,12 +239,12 @@ FATHOM_API AnalysisStatus Histogram(const double* x, int32_t n, double base, dou
  * Passing the same phase variable to each following call continues the signal. The phase is not
  * reduced between the samples of a call.
  *
- * @param n [in] number of samples
- * @param amplitude [in] factor of the shape, of any sign
- * @param frequency [in] cycles per sample, of any size and sign
- * @param phase [in,out] degrees: of the first sample on entry, on return that of the sample after
+ * @param[in] n number of samples
+ * @param[in] amplitude factor of the shape, of any sign
+ * @param[in] frequency cycles per sample, of any size and sign
+ * @param[in,out] phase degrees: of the first sample on entry, on return that of the sample after
  *     the last, reduced by fmod to [0, 360] (360 only by rounding, from just below zero)
- * @param y [out] n samples
+ * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
 FATHOM_API AnalysisStatus SineWave(int32_t n, double amplitude, double frequency, double* phase,
@@ -254,13 +254,13 @@ FATHOM_API AnalysisStatus SineWave(int32_t n, double amplitude, double frequency
  * Square wave, high part first: y[i] = amplitude while the phase, reduced to one cycle, is below
  * 3.6 dutyCycle degrees, else -amplitude. The phase is kept as SineWave does.
  *
- * @param n [in] number of samples
- * @param amplitude [in] factor of the shape, of any sign
- * @param frequency [in] cycles per sample, of any size and sign
- * @param phase [in,out] degrees: of the first sample on entry, on return that of the sample after
+ * @param[in] n number of samples
+ * @param[in] amplitude factor of the shape, of any sign
+ * @param[in] frequency cycles per sample, of any size and sign
+ * @param[in,out] phase degrees: of the first sample on entry, on return that of the sample after
  *     the last, reduced by fmod to [0, 360] (360 only by rounding, from just below zero)
- * @param dutyCycle [in] high part of the cycle in percent; below 0 counts as 0, above 100 as 100
- * @param y [out] n samples
+ * @param[in] dutyCycle high part of the cycle in percent; below 0 counts as 0, above 100 as 100
+ * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
 FATHOM_API AnalysisStatus SquareWave(int32_t n, double amplitude, double frequency, double* phase,
@@ -270,12 +270,12 @@ FATHOM_API AnalysisStatus SquareWave(int32_t n, double amplitude, double frequen
  * Triangle wave: 0 at phase 0, amplitude at 90 degrees, -amplitude at 270. The phase is kept as
  * SineWave does.
  *
- * @param n [in] number of samples
- * @param amplitude [in] factor of the shape, of any sign
- * @param frequency [in] cycles per sample, of any size and sign
- * @param phase [in,out] degrees: of the first sample on entry, on return that of the sample after
+ * @param[in] n number of samples
+ * @param[in] amplitude factor of the shape, of any sign
+ * @param[in] frequency cycles per sample, of any size and sign
+ * @param[in,out] phase degrees: of the first sample on entry, on return that of the sample after
  *     the last, reduced by fmod to [0, 360] (360 only by rounding, from just below zero)
- * @param y [out] n samples
+ * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
 FATHOM_API AnalysisStatus TriangleWave(int32_t n, double amplitude, double frequency, double* phase,
@@ -285,12 +285,12 @@ FATHOM_API AnalysisStatus TriangleWave(int32_t n, double amplitude, double frequ
  * Sawtooth wave: rises from 0 at phase 0 towards amplitude, jumps to -amplitude at 180 degrees and
  * rises back to 0. The phase is kept as SineWave does.
  *
- * @param n [in] number of samples
- * @param amplitude [in] factor of the shape, of any sign
- * @param frequency [in] cycles per sample, of any size and sign
- * @param phase [in,out] degrees: of the first sample on entry, on return that of the sample after
+ * @param[in] n number of samples
+ * @param[in] amplitude factor of the shape, of any sign
+ * @param[in] frequency cycles per sample, of any size and sign
+ * @param[in,out] phase degrees: of the first sample on entry, on return that of the sample after
  *     the last, reduced by fmod to [0, 360] (360 only by rounding, from just below zero)
- * @param y [out] n samples
+ * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
 FATHOM_API AnalysisStatus SawtoothWave(int32_t n, double amplitude, double frequency, double* phase,
@@ -299,22 +299,19 @@ FATHOM_API AnalysisStatus SawtoothWave(int32_t n, double amplitude, double frequ
 /**
  * Periodic wave of any shape: y[i] = amplitude times the table at position length phase / 360, with
  * phase += 360 frequency after each sample. The phase is advanced in table positions, length
- * frequency per sample, and converted back at the end.
+ * frequency per sample, and converted back at the end. A position just below zero that rounds up to
+ * the table's end is its first entry; one that is not finite gives NaN. In place: no.
  *
- * @param n [in] number of samples
- * @param amplitude [in] factor of the shape, of any sign
- * @param frequency [in] cycles per sample, of any size and sign
- * @param phase [in,out] degrees: of the first sample on entry, on return that of the sample after
+ * @param[in] n number of samples
+ * @param[in] amplitude factor of the shape, of any sign
+ * @param[in] frequency cycles per sample, of any size and sign
+ * @param[in,out] phase degrees: of the first sample on entry, on return that of the sample after
  *     the last, reduced by fmod to [0, 360] (360 only by rounding, from just below zero)
- * @param table [in] one cycle of the shape, length values
- * @param length [in] number of table entries; at or below 0 the shape is 0 throughout
- * @param interpolation [in] a FathomInterpolation; any value but FATHOM_INTERPOLATE_LINEAR takes
- *     the entry at or before the position
- * @param y [out] n samples
- *
- * A position just below zero that rounds up to the table's end is its first entry; one that is not
- * finite gives NaN. In place: no.
- *
+ * @param[in] table one cycle of the shape, length values
+ * @param[in] length number of table entries; at or below 0 the shape is 0 throughout
+ * @param[in] interpolation a FathomInterpolation; any value but FATHOM_INTERPOLATE_LINEAR takes the
+ *     entry at or before the position
+ * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
 FATHOM_API AnalysisStatus ArbitraryWave(int32_t n, double amplitude, double frequency,
@@ -327,12 +324,12 @@ FATHOM_API AnalysisStatus ArbitraryWave(int32_t n, double amplitude, double freq
  * Whole or partial cycles of a sine: y[i] = amplitude sin(pi/180 phase + 2 pi i cycles / n), the
  * angle advanced by repeated addition.
  *
- * @param n [in] number of samples
- * @param amplitude [in] factor of the shape, of any sign
- * @param phase [in] of the first sample, degrees
- * @param cycles [in] cycles in the n samples; zero gives a constant, a negative number runs
+ * @param[in] n number of samples
+ * @param[in] amplitude factor of the shape, of any sign
+ * @param[in] phase of the first sample, degrees
+ * @param[in] cycles cycles in the n samples; zero gives a constant, a negative number runs
  *     backwards
- * @param y [out] n samples
+ * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_CYCLES if cycles > n or is not a
  *         number
  */
@@ -343,10 +340,10 @@ FATHOM_API AnalysisStatus SinePattern(int32_t n, double amplitude, double phase,
  * Straight line from first towards last: y[0] = first, y[k + 1] = y[k] + (last - first) / (n - 1).
  * y[n - 1] equals last up to the rounding of the sum.
  *
- * @param n [in] number of samples
- * @param first [in] value of the first sample
- * @param last [in] value that the last sample approaches
- * @param y [out] n samples
+ * @param[in] n number of samples
+ * @param[in] first value of the first sample
+ * @param[in] last value that the last sample approaches
+ * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_FEWER_THAN_TWO_SAMPLES if n < 2
  */
 FATHOM_API AnalysisStatus Ramp(int32_t n, double first, double last, double* y);
@@ -354,10 +351,10 @@ FATHOM_API AnalysisStatus Ramp(int32_t n, double first, double last, double* y);
 /**
  * Zeros, but y[index] = amplitude.
  *
- * @param n [in] number of samples
- * @param amplitude [in] value of the impulse
- * @param index [in] its position, 0 to n - 1
- * @param y [out] n samples
+ * @param[in] n number of samples
+ * @param[in] amplitude value of the impulse
+ * @param[in] index its position, 0 to n - 1
+ * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_INDEX if index >= n or index < 0
  */
 FATHOM_API AnalysisStatus Impulse(int32_t n, double amplitude, int32_t index, double* y);
@@ -365,11 +362,11 @@ FATHOM_API AnalysisStatus Impulse(int32_t n, double amplitude, int32_t index, do
 /**
  * Zeros, but amplitude in y[delay] ... y[delay + width - 1].
  *
- * @param n [in] number of samples
- * @param amplitude [in] value of the pulse
- * @param delay [in] samples before the pulse
- * @param width [in] samples of the pulse; 0 makes none
- * @param y [out] n samples
+ * @param[in] n number of samples
+ * @param[in] amplitude value of the pulse
+ * @param[in] delay samples before the pulse
+ * @param[in] width samples of the pulse; 0 makes none
+ * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_DELAY_WIDTH if delay < 0, width < 0
  *         or delay + width > n
  */
@@ -380,9 +377,9 @@ FATHOM_API AnalysisStatus Pulse(int32_t n, double amplitude, int32_t delay, int3
  * Symmetric triangle: from 0 in steps of amplitude / h up to amplitude and down again, h = n / 2
  * rounded down. n = 4 gives 0, a/2, a, a/2; n = 5 gives 0, a/2, a, a/2, 0.
  *
- * @param n [in] number of samples
- * @param amplitude [in] value of the peak
- * @param y [out] n samples
+ * @param[in] n number of samples
+ * @param[in] amplitude value of the peak
+ * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_FEWER_THAN_TWO_SAMPLES if n < 2
  */
 FATHOM_API AnalysisStatus Triangle(int32_t n, double amplitude, double* y);
@@ -390,11 +387,11 @@ FATHOM_API AnalysisStatus Triangle(int32_t n, double amplitude, double* y);
 /**
  * Linear frequency sweep: y[i] = amplitude sin((i k + 2 pi f1) i) with k = (f2 - f1) pi / n.
  *
- * @param n [in] number of samples
- * @param amplitude [in] factor of the shape, of any sign
- * @param f1 [in] frequency at the first sample, cycles per sample
- * @param f2 [in] frequency that sample n would reach, cycles per sample
- * @param y [out] n samples
+ * @param[in] n number of samples
+ * @param[in] amplitude factor of the shape, of any sign
+ * @param[in] f1 frequency at the first sample, cycles per sample
+ * @param[in] f2 frequency that sample n would reach, cycles per sample
+ * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
 FATHOM_API AnalysisStatus Chirp(int32_t n, double amplitude, double f1, double f2, double* y);
@@ -402,11 +399,11 @@ FATHOM_API AnalysisStatus Chirp(int32_t n, double amplitude, double f1, double f
 /**
  * y[i] = amplitude sin(x) / x with x = pi (i dt - delay), and amplitude where x is 0.
  *
- * @param n [in] number of samples
- * @param amplitude [in] factor of the shape, of any sign
- * @param delay [in] position of the peak, in the unit of dt
- * @param dt [in] sample interval
- * @param y [out] n samples
+ * @param[in] n number of samples
+ * @param[in] amplitude factor of the shape, of any sign
+ * @param[in] delay position of the peak, in the unit of dt
+ * @param[in] dt sample interval
+ * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_INTERVAL unless dt > 0
  */
 FATHOM_API AnalysisStatus Sinc(int32_t n, double amplitude, double delay, double dt, double* y);
@@ -419,8 +416,8 @@ FATHOM_API AnalysisStatus Sinc(int32_t n, double amplitude, double delay, double
  * Source: F. J. Harris, On the use of windows for harmonic analysis with the discrete Fourier
  * transform, Proceedings of the IEEE 66 (1978).
  *
- * @param x [in,out] n samples, each replaced by its product with the window
- * @param n [in] number of samples
+ * @param[in,out] x n samples, each replaced by its product with the window
+ * @param[in] n number of samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
 FATHOM_API AnalysisStatus HanWin(double* x, int32_t n);
@@ -431,8 +428,8 @@ FATHOM_API AnalysisStatus HanWin(double* x, int32_t n);
  * Source: F. J. Harris, On the use of windows for harmonic analysis with the discrete Fourier
  * transform, Proceedings of the IEEE 66 (1978).
  *
- * @param x [in,out] n samples, each replaced by its product with the window
- * @param n [in] number of samples
+ * @param[in,out] x n samples, each replaced by its product with the window
+ * @param[in] n number of samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
 FATHOM_API AnalysisStatus HamWin(double* x, int32_t n);
@@ -444,59 +441,60 @@ FATHOM_API AnalysisStatus HamWin(double* x, int32_t n);
  * Source: F. J. Harris, On the use of windows for harmonic analysis with the discrete Fourier
  * transform, Proceedings of the IEEE 66 (1978).
  *
- * @param x [in,out] n samples, each replaced by its product with the window
- * @param n [in] number of samples
+ * @param[in,out] x n samples, each replaced by its product with the window
+ * @param[in] n number of samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
 FATHOM_API AnalysisStatus BkmanWin(double* x, int32_t n);
 
 /**
- * Exact Blackman window, periodic: x[k] *= (7938 - 9240 cos t + 1430 cos 2t) / 18608, t = 2 pi k /
- * n.
+ * Exact Blackman window, periodic: x[k] *= (7938 - 9240 cos t + 1430 cos 2t) / 18608,
+ * t = 2 pi k / n.
  *
  * Source: F. J. Harris, On the use of windows for harmonic analysis with the discrete Fourier
  * transform, Proceedings of the IEEE 66 (1978).
  *
- * @param x [in,out] n samples, each replaced by its product with the window
- * @param n [in] number of samples
+ * @param[in,out] x n samples, each replaced by its product with the window
+ * @param[in] n number of samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
 FATHOM_API AnalysisStatus ExBkmanWin(double* x, int32_t n);
 
 /**
- * Three-term Blackman-Harris window, periodic: x[k] *= 0.42323 - 0.49755 cos t + 0.07922 cos 2t, t
- * = 2 pi k / n.
+ * Three-term Blackman-Harris window, periodic: x[k] *= 0.42323 - 0.49755 cos t + 0.07922 cos 2t,
+ * t = 2 pi k / n.
  *
  * Source: F. J. Harris, On the use of windows for harmonic analysis with the discrete Fourier
  * transform, Proceedings of the IEEE 66 (1978).
  *
- * @param x [in,out] n samples, each replaced by its product with the window
- * @param n [in] number of samples
+ * @param[in,out] x n samples, each replaced by its product with the window
+ * @param[in] n number of samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
 FATHOM_API AnalysisStatus BlkHarrisWin(double* x, int32_t n);
 
 /**
- * Flat-top window, periodic, for reading amplitudes between bins: x[k] *= 0.28106388 - 0.52089717
- * cos t + 0.19803897 cos 2t, t = 2 pi k / n (rounded here to eight digits). Its edge is negative.
+ * Flat-top window, periodic, which reads the amplitude of a tone between bins:
+ * x[k] *= 0.28106388 - 0.52089717 cos t + 0.19803897 cos 2t, t = 2 pi k / n, with more digits.
+ * Its edge value is negative, -0.0418.
  *
- * @param x [in,out] n samples, each replaced by its product with the window
- * @param n [in] number of samples
+ * @param[in,out] x n samples, each replaced by its product with the window
+ * @param[in] n number of samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
 FATHOM_API AnalysisStatus FlatTopWin(double* x, int32_t n);
 
 /**
- * General cosine-sum window, periodic: x[k] *= a[0] - a[1] cos t + a[2] cos 2t - ..., t = 2 pi k /
- * n.
+ * General cosine-sum window, periodic: x[k] *= a[0] - a[1] cos t + a[2] cos 2t - ...,
+ * t = 2 pi k / n.
  *
  * Source: A. H. Nuttall, Some windows with very good sidelobe behavior, IEEE Transactions on
  * Acoustics, Speech, and Signal Processing 29 (1981).
  *
- * @param x [in,out] n samples, each replaced by its product with the window
- * @param n [in] number of samples
- * @param a [in] m coefficients, without the alternating signs
- * @param m [in] number of coefficients
+ * @param[in,out] x n samples, each replaced by its product with the window
+ * @param[in] n number of samples
+ * @param[in] a m coefficients, without the alternating signs
+ * @param[in] m number of coefficients
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1 or m < 1
  */
 FATHOM_API AnalysisStatus GenCosWin(double* x, int32_t n, const double* a, int32_t m);
@@ -505,13 +503,13 @@ FATHOM_API AnalysisStatus GenCosWin(double* x, int32_t n, const double* a, int32
  * Kaiser-Bessel window, periodic: x[k] *= I0(beta sqrt(1 - t^2)) / I0(beta), t = 1 - 2 k / n.
  *
  * I0, the modified Bessel function, is summed until a term is at most 1e-8 and over at most 25
- * terms, which is accurate for |beta| up to about 20.
+ * terms, an error of less than 1e-8 of I0 for |beta| up to 20.
  * Source: J. F. Kaiser, Nonrecursive digital filter design using the I0-sinh window function, IEEE
  * International Symposium on Circuits and Systems (1974).
  *
- * @param x [in,out] n samples, each replaced by its product with the window
- * @param n [in] number of samples
- * @param beta [in] shape: 0 is rectangular; larger lowers the sidelobes and widens the main lobe
+ * @param[in,out] x n samples, each replaced by its product with the window
+ * @param[in] n number of samples
+ * @param[in] beta shape: 0 is rectangular; larger lowers the sidelobes and widens the main lobe
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
 FATHOM_API AnalysisStatus KsrWin(double* x, int32_t n, double beta);
@@ -519,19 +517,19 @@ FATHOM_API AnalysisStatus KsrWin(double* x, int32_t n, double beta);
 /**
  * Triangle window: x[0] = 0; x[k] and x[n - k] *= k / h with h = n / 2 rounded down.
  *
- * @param x [in,out] n samples, each replaced by its product with the window
- * @param n [in] number of samples
+ * @param[in,out] x n samples, each replaced by its product with the window
+ * @param[in] n number of samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
 FATHOM_API AnalysisStatus TriWin(double* x, int32_t n);
 
 /**
- * Cosine taper on a tenth of the samples, m = n / 10 rounded down, at each end: x[0] = x[n - 1] =
- * 0; x[j] and x[n - 1 - j] *= sin(pi j / (2 m))^2 for j < m. Fewer than 10 samples stay as they
- * are.
+ * Cosine taper on a tenth of the samples at each end, m = n / 10 rounded down:
+ * x[0] = x[n - 1] = 0; x[j] and x[n - 1 - j] *= sin(pi j / (2 m))^2 for j < m. Fewer than 10
+ * samples stay as they are.
  *
- * @param x [in,out] n samples, each replaced by its product with the window
- * @param n [in] number of samples
+ * @param[in,out] x n samples, each replaced by its product with the window
+ * @param[in] n number of samples
  * @return FATHOM_OK for every n
  */
 FATHOM_API AnalysisStatus CosTaperedWin(double* x, int32_t n);
@@ -539,9 +537,9 @@ FATHOM_API AnalysisStatus CosTaperedWin(double* x, int32_t n);
 /**
  * Exponential window: x[k] *= exp(k a) with a = ln(finalValue) / (n - 1), from 1 to finalValue.
  *
- * @param x [in,out] n samples, each replaced by its product with the window
- * @param n [in] number of samples
- * @param finalValue [in] factor of the last sample; at or below 0 it gives zeros or NaN after the
+ * @param[in,out] x n samples, each replaced by its product with the window
+ * @param[in] n number of samples
+ * @param[in] finalValue factor of the last sample; at or below 0 it gives zeros or NaN after the
  *     first
  * @return FATHOM_OK; FATHOM_ERR_FEWER_THAN_TWO_SAMPLES if n < 2
  */
@@ -551,9 +549,9 @@ FATHOM_API AnalysisStatus ExpWin(double* x, int32_t n, double finalValue);
  * Force window: keeps the first m = n dutyCycle / 100 samples, rounded towards zero, and sets the
  * others to 0.
  *
- * @param x [in,out] n samples
- * @param n [in] number of samples
- * @param dutyCycle [in] percent to keep; above 100 keeps all, below 0 or NaN keeps none
+ * @param[in,out] x n samples
+ * @param[in] n number of samples
+ * @param[in] dutyCycle percent to keep; above 100 keeps all, below 0 or NaN keeps none
  * @return FATHOM_OK; FATHOM_ERR_FEWER_THAN_TWO_SAMPLES if n < 2
  */
 FATHOM_API AnalysisStatus ForceWin(double* x, int32_t n, double dutyCycle);
@@ -563,10 +561,13 @@ FATHOM_API AnalysisStatus ForceWin(double* x, int32_t n, double dutyCycle);
 /**
  * Applies a window and divides by its coherent gain, so that the amplitude of a tone is kept.
  *
- * @param x [in,out] n samples, each multiplied by the window, then by 1 / (coherent gain)
- * @param n [in] number of samples; 0 writes the properties only
- * @param window [in] a FathomWindow
- * @param properties [out] equivalent noise bandwidth and coherent gain of the window
+ * Sources: as for the single windows; the seven-term sum: H.-H. Albrecht, A family of cosine-sum
+ * windows for high-resolution measurements, IEEE ICASSP (2001).
+ *
+ * @param[in,out] x n samples, each multiplied by the window, then by 1 / (coherent gain)
+ * @param[in] n number of samples; 0 writes the properties only
+ * @param[in] window a FathomWindow
+ * @param[out] properties equivalent noise bandwidth and coherent gain of the window
  * @return FATHOM_OK; FATHOM_ERR_NEGATIVE_SAMPLES if n < 0
  */
 FATHOM_API AnalysisStatus ScaledWindow(double* x, int32_t n, int32_t window,
@@ -770,8 +771,8 @@ FATHOM_API AnalysisStatus PowerFrequencyEstimate(const double* spectrum, int32_t
  * Take care: where the bins on both sides of a peak differ by less than about 1e-7, as for a tone
  * exactly on a bin or a very small one, the amplitude returned is the bin's power, not its square
  * root. A tone exactly midway between two bins can give an infinite amplitude. The skirts of a tone
- * between two bins count as noise. The results for windows 3 to 7 are biased, because the correction
- * uses another window's shape:
+ * between two bins count as noise. The results for windows 3 to 7 are biased, because the
+ * correction uses another window's shape:
  *
  *     window   noise bandwidth and main lobe of    L    correction for
  *       0      rectangular                         2    rectangular
@@ -793,9 +794,9 @@ FATHOM_API AnalysisStatus PowerFrequencyEstimate(const double* spectrum, int32_t
  *                a later check fails
  * @param[in] n number of bins, at least 1
  * @param[in] fftSize number of samples that the spectrum was made from; 2 n if it is below 1
- * @param[in] harmonics how many to measure, the fundamental included; those at or above half the
- *            sampling rate are 0. None are measured, and the distortions are infinite or NaN, if it
- *            is below 1
+ * @param[in] harmonics how many to measure, the fundamental included; those above half the sampling
+ *            rate are 0. None are measured, and the distortions are infinite or NaN, if it is
+ *            below 1
  * @param[in] window 0 to 7, as above
  * @param[in] samplingRate in hertz
  * @param[in] fundamental frequency in hertz; it decides how many harmonics lie below half the
@@ -805,10 +806,10 @@ FATHOM_API AnalysisStatus PowerFrequencyEstimate(const double* spectrum, int32_t
  * @param[out] distortion total harmonic distortion in percent
  * @param[out] distortionPlusNoise total harmonic distortion plus noise in percent
  * @return FATHOM_OK; FATHOM_ERR_SELECTION if window is not 0 to 7; FATHOM_ERR_NO_SAMPLES if n < 1;
- *         FATHOM_ERR_MEMORY; FATHOM_ERR_NO_SAMPLES if no bin that is left is above 0 (silence);
- *         FATHOM_ERR_INDEX_LENGTH if a harmonic's bins reach past the spectrum, after the harmonics
- *         before it were written. FATHOM_OK with no result written if memory ends after the first
- *         request
+ *         FATHOM_ERR_MEMORY; FATHOM_ERR_NO_SAMPLES if no bin that is left is above 0
+ *         (silence); FATHOM_ERR_INDEX_LENGTH if a harmonic's bins reach past the spectrum, after
+ * the harmonics before it were written. FATHOM_OK, but no result is written, if memory fails at the
+ *         second request
  */
 FATHOM_API AnalysisStatus HarmonicAnalyzer(double* spectrum, int32_t n, int32_t fftSize,
                                            int32_t harmonics, int32_t window, double samplingRate,
