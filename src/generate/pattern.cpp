@@ -1,57 +1,22 @@
 // Patterns: one finished shape per call, nothing kept.
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 
 #include "fathom.h"
 #include "frame/elementary.hpp"
-#include "frame/multiversion.hpp"
 
 namespace {
 
-// Short enough that the additions that advance an angle overlap with the sines of the tile before.
-constexpr std::size_t kTile = 64;
-
-FATHOM_MULTIVERSION void scale(const double* x, std::size_t n, double factor, double* y) {
-  FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) y[i] = factor * x[i];
-}
-
-// (i k + w) i for i = start, start + 1, ...
-FATHOM_MULTIVERSION void chirpAngles(int32_t start, std::size_t n, double k, double w,
-                                     double* angle) {
-  for (std::size_t j = 0; j < n; ++j) {
-    const double i = start + static_cast<int32_t>(j);
-    angle[j] = (i * k + w) * i;
-  }
-}
-
-// (i dt - delay) pi for i = start, start + 1, ...
-FATHOM_MULTIVERSION void sincAngles(int32_t start, std::size_t n, double dt, double delay,
-                                    double* angle) {
-  for (std::size_t j = 0; j < n; ++j) {
-    const double i = start + static_cast<int32_t>(j);
-    angle[j] = (i * dt - delay) * fathom::kPi;
-  }
-}
-
-FATHOM_MULTIVERSION void sincValues(const double* x, const double* sine, std::size_t n,
-                                    double amplitude, double* y) {
-  FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) {
-    const double value = sine[i] / x[i] * amplitude;
-    y[i] = x[i] == 0.0 ? amplitude : value;
-  }
-}
-
-// Calls body(start, count) for each tile of 0 ... n - 1.
-template <typename Body>
-void forEachTile(int32_t n, Body body) {
-  constexpr auto kStep = static_cast<int32_t>(kTile);
-  for (int32_t start = 0;;) {
-    const int32_t count = std::min(kStep, n - start);
-    body(start, static_cast<std::size_t>(count));
-    if (count == n - start) return;
+// y[i] = value(t, sin t) with t = angle(i), i upward. A few angles are made at a time, so that
+// their arithmetic hides behind the sines of those before.
+template <typename Angle, typename Value>
+void fillFromSines(int32_t n, double* y, Angle angle, Value value) {
+  constexpr int32_t kTile = 16;
+  double tile[kTile];
+  for (int32_t start = 0; start < n;) {
+    const int32_t count = std::min(kTile, n - start);
+    for (int32_t i = 0; i < count; ++i) tile[i] = angle(start + i);
+    for (int32_t i = 0; i < count; ++i) y[start + i] = value(tile[i], fathom::sin(tile[i]));
     start += count;
   }
 }
@@ -61,17 +26,15 @@ void forEachTile(int32_t n, Body body) {
 AnalysisStatus SinePattern(int32_t n, double amplitude, double phase, double cycles, double* y) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   if (!(cycles <= n)) return FATHOM_ERR_CYCLES;
-  double angle = phase * fathom::kRadiansPerDegree;
   const double step = fathom::kTwoPi * cycles / n;
-  forEachTile(n, [&](int32_t start, std::size_t count) {
-    double tile[kTile];
-    for (std::size_t i = 0; i < count; ++i) {
-      tile[i] = angle;
-      angle += step;
-    }
-    fathom::sin(tile, count, tile);
-    scale(tile, count, amplitude, y + start);
-  });
+  fillFromSines(
+      n, y,
+      [step, next = phase * fathom::kRadiansPerDegree](int32_t) mutable {
+        const double angle = next;
+        next += step;
+        return angle;
+      },
+      [amplitude](double, double sine) { return amplitude * sine; });
   return FATHOM_OK;
 }
 
@@ -124,23 +87,17 @@ AnalysisStatus Chirp(int32_t n, double amplitude, double f1, double f2, double* 
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   const double k = (f2 - f1) * fathom::kPi / n;
   const double w = fathom::kTwoPi * f1;
-  forEachTile(n, [&](int32_t start, std::size_t count) {
-    double tile[kTile];
-    chirpAngles(start, count, k, w, tile);
-    fathom::sin(tile, count, tile);
-    scale(tile, count, amplitude, y + start);
-  });
+  fillFromSines(
+      n, y, [k, w](int32_t i) { return (i * k + w) * i; },
+      [amplitude](double, double sine) { return amplitude * sine; });
   return FATHOM_OK;
 }
 
 AnalysisStatus Sinc(int32_t n, double amplitude, double delay, double dt, double* y) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   if (!(dt > 0.0)) return FATHOM_ERR_INTERVAL;
-  forEachTile(n, [&](int32_t start, std::size_t count) {
-    double angle[kTile], sine[kTile];
-    sincAngles(start, count, dt, delay, angle);
-    fathom::sin(angle, count, sine);
-    sincValues(angle, sine, count, amplitude, y + start);
-  });
+  fillFromSines(
+      n, y, [dt, delay](int32_t i) { return (i * dt - delay) * fathom::kPi; },
+      [amplitude](double x, double sine) { return x == 0.0 ? amplitude : sine / x * amplitude; });
   return FATHOM_OK;
 }

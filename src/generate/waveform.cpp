@@ -11,9 +11,10 @@
 
 namespace {
 
-// Short enough that the additions that advance the phase overlap with the shapes of the tile
-// before.
-constexpr std::size_t kTile = 64;
+// Samples per tile: for vector loops, and so few for a sine that the additions which advance the
+// phase hide behind the sines of the tile before.
+constexpr std::size_t kTile = 256;
+constexpr std::size_t kSineTile = 16;
 constexpr double kDegrees = 360.0;
 constexpr double kPerHalfCycle = 0.005555555555555556;  // 1 / 180
 
@@ -46,12 +47,12 @@ FATHOM_MULTIVERSION void reduceTile(double* p, std::size_t n, double period) {
 
 // Gives shape(tile, count, y) the phases from *phase on; leaves *phase, unreduced, at the sample
 // after the last.
-template <typename Shape>
+template <std::size_t tileSize = kTile, typename Shape>
 void generate(int32_t n, double step, double* phase, double* y, Shape shape) {
   const auto size = static_cast<std::size_t>(n);
-  double tile[kTile];
-  for (std::size_t start = 0; start < size; start += kTile) {
-    const std::size_t count = std::min(kTile, size - start);
+  double tile[tileSize];
+  for (std::size_t start = 0; start < size; start += tileSize) {
+    const std::size_t count = std::min(tileSize, size - start);
     double at = *phase;
     for (std::size_t i = 0; i < count; ++i) {
       tile[i] = at;
@@ -60,15 +61,6 @@ void generate(int32_t n, double step, double* phase, double* y, Shape shape) {
     *phase = at;
     shape(tile, count, y + start);
   }
-}
-
-FATHOM_MULTIVERSION void scale(double* x, std::size_t n, double factor) {
-  for (std::size_t i = 0; i < n; ++i) x[i] *= factor;
-}
-
-FATHOM_MULTIVERSION void scaleTo(const double* x, std::size_t n, double factor, double* y) {
-  FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) y[i] = factor * x[i];
 }
 
 FATHOM_MULTIVERSION void squareShape(const double* p, std::size_t n, double amplitude, double edge,
@@ -126,11 +118,12 @@ FATHOM_MULTIVERSION void interpolatedShape(const double* p, std::size_t n, doubl
 
 AnalysisStatus SineWave(int32_t n, double amplitude, double frequency, double* phase, double* y) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
-  generate(n, frequency * kDegrees, phase, y, [=](double* tile, std::size_t count, double* out) {
-    scale(tile, count, fathom::kRadiansPerDegree);
-    fathom::sin(tile, count, tile);
-    scaleTo(tile, count, amplitude, out);
-  });
+  const auto shape = [amplitude](const double* tile, std::size_t count, double* out) {
+    for (std::size_t i = 0; i < count; ++i) {
+      out[i] = amplitude * fathom::sin(tile[i] * fathom::kRadiansPerDegree);
+    }
+  };
+  generate<kSineTile>(n, frequency * kDegrees, phase, y, shape);
   *phase = reduced(*phase, kDegrees);
   return FATHOM_OK;
 }
@@ -184,7 +177,7 @@ AnalysisStatus ArbitraryWave(int32_t n, double amplitude, double frequency, doub
       return;
     }
     reduceTile(tile, count, period);
-    if (interpolation == 1) {
+    if (interpolation == FATHOM_INTERPOLATE_LINEAR) {
       interpolatedShape(tile, count, amplitude, table, length, out);
     } else {
       nearestShape(tile, count, amplitude, table, period, out);
