@@ -1,12 +1,272 @@
 // Complex fast Fourier transforms of split real and imaginary arrays, in place: split-radix,
-// decimation in frequency, with a separate bit reversal.
+// decimation in frequency (P. Duhamel and H. Hollmann, "Split radix FFT algorithm", Electronics
+// Letters, 1984). Butterflies of different j are independent, so they run in any order, many at
+// once; what is fixed is each butterfly's arithmetic and its angle.
+#include <algorithm>
+#include <cstddef>
+
 #include "fathom.h"
-#include "spectral/plain_first.hpp"
+#include "frame/elementary.hpp"
+#include "frame/multiversion.hpp"
+#include "spectral/bit_reversal.hpp"
+#include "spectral/twiddle.hpp"
+
+namespace fathom {
+namespace {
+
+// Stages of this span and less run one block at a time, their twiddles and the block in the
+// first-level cache.
+constexpr std::size_t kBlockSpan = 1024;
+constexpr std::size_t kTile = kBlockSpan / 4;
+// The last stages, of spans 8, 4 and 2, run with the bit reversal.
+constexpr std::size_t kReversalSpan = 8;
+
+// `width` butterflies with neighbouring j. The first of the first ones has j = 0: no rotation,
+// which for -0.0 and NaN is not the same as one by an angle of 0.
+template <std::size_t width, bool first>
+FATHOM_INLINE void butterflies(double* x, double* y, std::size_t quarter, const Twiddles& w) {
+  double *x1 = x + quarter, *x2 = x1 + quarter, *x3 = x2 + quarter;
+  double *y1 = y + quarter, *y2 = y1 + quarter, *y3 = y2 + quarter;
+  FATHOM_INDEPENDENT
+  for (std::size_t k = 0; k < width; ++k) {
+    const double rx = x[k] - x2[k], sx = x1[k] - x3[k];
+    const double ry = y[k] - y2[k], sy = y1[k] - y3[k];
+    x[k] += x2[k];
+    x1[k] += x3[k];
+    y[k] += y2[k];
+    y1[k] += y3[k];
+    const double u = rx + sy, v = ry - sx, p = rx - sy, q = ry + sx;
+    const bool rotated = !first || k != 0;
+    x2[k] = rotated ? u * w.cos1[k] + v * w.sin1[k] : u;
+    y2[k] = rotated ? v * w.cos1[k] - u * w.sin1[k] : v;
+    x3[k] = rotated ? p * w.cos3[k] + q * w.sin3[k] : p;
+    y3[k] = rotated ? q * w.cos3[k] - p * w.sin3[k] : q;
+  }
+}
+
+// `count` of them, a multiple of 8, from x and y on.
+FATHOM_INLINE void butterflies(double* x, double* y, std::size_t quarter, const Twiddles& w,
+                               std::size_t count, bool first) {
+  std::size_t k = 0;
+  if (first) {
+    butterflies<8, true>(x, y, quarter, w);
+    k = 8;
+  }
+  for (; k < count; k += 8) butterflies<8, false>(x + k, y + k, quarter, w.from(k));
+}
+
+// One stage's butterflies j0 .. j0 + count in every block.
+FATHOM_MULTIVERSION
+void stageTile(double* x, double* y, std::size_t n, std::size_t span, std::size_t j0,
+               const Twiddles& w, std::size_t count) {
+  for (std::size_t block = 0; block < n / span; ++block) {
+    if (!isWholeBlock(block)) continue;
+    const std::size_t i = block * span + j0;
+    butterflies(x + i, y + i, span / 4, w, count, j0 == 0);
+  }
+}
+
+// The stages of the elements start .. start + n, down to the span that the reversal takes over.
+FATHOM_MULTIVERSION
+void blockStages(double* x, double* y, std::size_t start, std::size_t n, const Twiddles& table) {
+  std::size_t span = n;
+  for (; span > 2 * kReversalSpan; span /= 2) {
+    for (std::size_t block = start / span; block < (start + n) / span; ++block) {
+      if (!isWholeBlock(block)) continue;
+      const std::size_t i = block * span;
+      butterflies(x + i, y + i, span / 4, table.from(span / 4), span / 4, true);
+    }
+  }
+  for (std::size_t block = start / span; block < (start + n) / span; ++block) {
+    if (!isWholeBlock(block)) continue;
+    butterflies<4, true>(x + block * span, y + block * span, 4, table.from(4));
+  }
+}
+
+struct ComplexLanes {
+  Lanes re[kTileSide];
+  Lanes im[kTileSide];
+};
+
+// The butterfly of j = 0 on elements i0 .. i3.
+FATHOM_INLINE void butterfly(ComplexLanes& z, int i0, int i1, int i2, int i3) {
+  const Lanes rx = z.re[i0] - z.re[i2], sx = z.re[i1] - z.re[i3];
+  const Lanes ry = z.im[i0] - z.im[i2], sy = z.im[i1] - z.im[i3];
+  z.re[i0] += z.re[i2];
+  z.re[i1] += z.re[i3];
+  z.im[i0] += z.im[i2];
+  z.im[i1] += z.im[i3];
+  z.re[i2] = rx + sy;
+  z.re[i3] = rx - sy;
+  z.im[i2] = ry - sx;
+  z.im[i3] = ry + sx;
+}
+
+FATHOM_INLINE void rotate(Lanes& re, Lanes& im, double c, double s) {
+  const Lanes x = re;
+  re = x * c + im * s;
+  im = im * c - x * s;
+}
+
+FATHOM_INLINE void lengthTwo(Lanes& a, Lanes& b) {
+  const Lanes t = a;
+  a = t + b;
+  b = t - b;
+}
+
+// What is left for eight neighbours that are a block of span 8.
+FATHOM_INLINE void wholeEight(ComplexLanes& z, const Twiddles& w) {
+  butterfly(z, 0, 2, 4, 6);
+  butterfly(z, 1, 3, 5, 7);
+  rotate(z.re[5], z.im[5], w.cos1[1], w.sin1[1]);
+  rotate(z.re[7], z.im[7], w.cos3[1], w.sin3[1]);
+  butterfly(z, 0, 1, 2, 3);
+  for (int i : {0, 4, 6}) {
+    lengthTwo(z.re[i], z.re[i + 1]);
+    lengthTwo(z.im[i], z.im[i + 1]);
+  }
+}
+
+// What is left for eight neighbours that are two blocks of span 4.
+FATHOM_INLINE void twoFours(ComplexLanes& z) {
+  for (int i : {0, 4}) {
+    butterfly(z, i, i + 1, i + 2, i + 3);
+    lengthTwo(z.re[i], z.re[i + 1]);
+    lengthTwo(z.im[i], z.im[i + 1]);
+  }
+}
+
+// The rows of a tile in reversed order, turned to lanes, through their last stages.
+FATHOM_INLINE void loadTile(ComplexLanes& z, const double* x, const double* y, std::size_t rows,
+                            std::size_t middle, std::size_t middles, const Twiddles& w) {
+  for (std::size_t k = 0; k < kTileSide; ++k) {
+    load(z.re[k], x + kReversed3[k] * rows + middle * kTileSide);
+    load(z.im[k], y + kReversed3[k] * rows + middle * kTileSide);
+  }
+  transpose(z.re);
+  transpose(z.im);
+  if (middle + 1 < middles) {
+    if (isWholeBlock(middle)) {
+      wholeEight(z, w);
+    } else {
+      twoFours(z);
+    }
+    return;
+  }
+  // The middle is all ones: the row, here the lane reversed, decides.
+  LaneMask whole;
+  for (std::size_t k = 0; k < kTileSide; ++k) {
+    whole[k] = isWholeBlock(kReversed3[k] * middles + middle) ? -1 : 0;
+  }
+  ComplexLanes fours = z;
+  wholeEight(z, w);
+  twoFours(fours);
+  for (std::size_t k = 0; k < kTileSide; ++k) {
+    z.re[k] = whole ? z.re[k] : fours.re[k];
+    z.im[k] = whole ? z.im[k] : fours.im[k];
+  }
+}
+
+FATHOM_INLINE void storeTile(const ComplexLanes& z, double* x, double* y, std::size_t rows,
+                             std::size_t middle) {
+  for (std::size_t k = 0; k < kTileSide; ++k) {
+    store(x + kReversed3[k] * rows + middle * kTileSide, z.re[k]);
+    store(y + kReversed3[k] * rows + middle * kTileSide, z.im[k]);
+  }
+}
+
+FATHOM_MULTIVERSION
+void lastStagesReversed(double* x, double* y, std::size_t n, const Twiddles& w) {
+  const std::size_t rows = n / kTileSide, middles = rows / kTileSide;
+  ReversedCounter reversed(middles);
+  for (std::size_t middle = 0; middle < middles; reversed.advance(++middle)) {
+    const std::size_t other = reversed.value();
+    if (middle > other) continue;
+    ComplexLanes z, held;
+    loadTile(z, x, y, rows, middle, middles, w);
+    if (middle < other) {
+      loadTile(held, x, y, rows, other, middles, w);
+      storeTile(held, x, y, rows, middle);
+    }
+    storeTile(z, x, y, rows, other);
+  }
+}
+
+// Sizes below a tile's, butterfly by butterfly.
+void transformFew(double* x, double* y, std::size_t n, const Twiddles& table) {
+  for (std::size_t span = n; span > 2; span /= 2) {
+    const std::size_t quarter = span / 4;
+    for (std::size_t block = 0; block < n / span; ++block) {
+      if (!isWholeBlock(block)) continue;
+      for (std::size_t j = 0; j < quarter; ++j) {
+        const std::size_t i = block * span + j;
+        if (j == 0) {
+          butterflies<1, true>(x + i, y + i, quarter, table);
+        } else {
+          butterflies<1, false>(x + i, y + i, quarter, table.from(quarter + j));
+        }
+      }
+    }
+  }
+  for (std::size_t i = 0; i < n; i += 2) {
+    if (!isWholeBlock(i / 2)) continue;
+    for (double* z : {x + i, y + i}) {
+      const double t = z[0];
+      z[0] = t + z[1];
+      z[1] = t - z[1];
+    }
+  }
+  reverseFew(n, [=](std::size_t i, std::size_t j) {
+    std::swap(x[i], x[j]);
+    std::swap(y[i], y[j]);
+  });
+}
+
+void transform(double* x, double* y, std::size_t n) {
+  double angle[kTile];
+  for (std::size_t span = n; span > kBlockSpan; span /= 2) {
+    TwiddleStore<kTile> tile;
+    const double e = kTwoPi / static_cast<double>(span);
+    double a = 0.0;
+    for (std::size_t j = 0; j < span / 4; j += kTile) {
+      for (double& v : angle) {
+        v = a;
+        a += e;
+      }
+      tile.fill(angle, kTile, 0);
+      stageTile(x, y, n, span, j, tile.twiddles(), kTile);
+    }
+  }
+  // The twiddles of a quarter span begin at that index.
+  TwiddleStore<2 * kTile> table;
+  const std::size_t largest = std::min(n, kBlockSpan);
+  for (std::size_t quarter = largest / 4; quarter > 1; quarter /= 2) {
+    const double e = kTwoPi / static_cast<double>(4 * quarter);
+    double a = 0.0;
+    for (std::size_t j = 0; j < quarter; ++j) {
+      angle[j] = a;
+      a += e;
+    }
+    table.fill(angle, quarter, quarter);
+  }
+  if (n < kTileSide * kTileSide) {
+    transformFew(x, y, n, table.twiddles());
+    return;
+  }
+  for (std::size_t i = 0; i < n; i += largest) {
+    blockStages(x, y, i, largest, table.twiddles());
+  }
+  lastStagesReversed(x, y, n, table.twiddles().from(2));
+}
+
+}  // namespace
+}  // namespace fathom
 
 AnalysisStatus FFT(double* re, double* im, int32_t n) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   if ((n & (n - 1)) != 0) return FATHOM_ERR_POWER_OF_TWO;
-  fathom::plain::fft(re, im, n);
+  if (n == 1) return FATHOM_OK;
+  fathom::transform(re, im, static_cast<std::size_t>(n));
   return FATHOM_OK;
 }
 
