@@ -190,6 +190,9 @@ const std::vector<Routine>& routines() {
 }
 
 Slots prepare(const Routine& r, std::int32_t size, std::uint64_t seed) {
+  // Room for several frames of `size`, a matrix of sides limited as by side(), and small tables.
+  const auto n = static_cast<std::size_t>(size);
+  const std::size_t capacity = 4 * n + std::min<std::size_t>(n * n, 48 * 48) + 64;
   Slots slots(r.arguments.size());
   for (std::size_t i = 0; i < slots.size(); ++i) {
     const Argument& a = r.arguments[i];
@@ -198,10 +201,10 @@ Slots prepare(const Routine& r, std::int32_t size, std::uint64_t seed) {
     s.integer = a.role == Role::kCount && a.value == 0.0 ? std::min(size, a.limit)
                                                          : static_cast<std::int32_t>(a.value);
     if (a.role > Role::kOutput) continue;
-    s.reals.assign(Slot::kCapacity + 2 * Slot::kGuard, Slot::kFill);
-    s.integers.assign(Slot::kCapacity + 2 * Slot::kGuard, Slot::kIntegerFill);
+    s.reals.assign(capacity + 2 * Slot::kGuard, Slot::kFill);
+    s.integers.assign(capacity + 2 * Slot::kGuard, Slot::kIntegerFill);
     if (a.role == Role::kOutput) continue;
-    const std::vector<double> data = uniform(Slot::kCapacity, seed + 1000 * i);
+    const std::vector<double> data = uniform(capacity, seed + 1000 * i);
     std::copy(data.begin(), data.end(), s.reals.begin() + Slot::kGuard);
   }
   return slots;

@@ -37,7 +37,6 @@ struct Argument {
 // An argument's storage for one call: arrays between guard cells, scalars by value.
 struct Slot {
   static constexpr std::size_t kGuard = 4;
-  static constexpr std::size_t kCapacity = 16384;
   static constexpr double kFill = -7.0e77;
   static constexpr std::int32_t kIntegerFill = -1234567;
 
