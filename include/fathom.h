@@ -143,56 +143,402 @@ FATHOM_API void FreeAnalysisMem(void* memory);
 
 /* ---- Real arrays: element-wise (src/array/elementwise.cpp) ----------------------------------- */
 
+/**
+ * Element-wise sum: y[i] = a[i] + b[i]. In place: y may be a, b or both.
+ *
+ * @param[in] a n values
+ * @param[in] b n values
+ * @param[in] n number of elements, at least 1
+ * @param[out] y n values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Add1D(const double* a, const double* b, int32_t n, double* y);
+
+/**
+ * Element-wise difference: y[i] = a[i] - b[i]. In place: y may be a, b or both.
+ *
+ * @param[in] a n values
+ * @param[in] b n values
+ * @param[in] n number of elements, at least 1
+ * @param[out] y n values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Sub1D(const double* a, const double* b, int32_t n, double* y);
+
+/**
+ * Element-wise product: y[i] = a[i] b[i]. In place: y may be a, b or both.
+ *
+ * @param[in] a n values
+ * @param[in] b n values
+ * @param[in] n number of elements, at least 1
+ * @param[out] y n values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Mul1D(const double* a, const double* b, int32_t n, double* y);
+
+/**
+ * Element-wise quotient: y[i] = a[i] / b[i], up to the first divisor that is zero or NaN. In place:
+ * y may be a, b or both.
+ *
+ * @param[in] a n values
+ * @param[in] b n divisors
+ * @param[in] n number of elements, at least 1
+ * @param[out] y n values; when the division stops at element k, y[0] to y[k - 1] are written and
+ *     the rest is left as it was
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_DIVIDE_BY_ZERO if a divisor is zero
+ *         or NaN
+ */
 FATHOM_API AnalysisStatus Div1D(const double* a, const double* b, int32_t n, double* y);
+
+/**
+ * Element-wise sum of two matrices: y[i] = a[i] + b[i] over rows x columns elements. In place: y
+ * may be a, b or both.
+ *
+ * @param[in] a rows x columns values
+ * @param[in] b rows x columns values
+ * @param[in] rows number of rows, at least 1
+ * @param[in] columns number of columns, at least 1
+ * @param[out] y rows x columns values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if rows < 1 or columns < 1
+ */
 FATHOM_API AnalysisStatus Add2D(const double* a, const double* b, int32_t rows, int32_t columns,
                                 double* y);
+
+/**
+ * Element-wise difference of two matrices: y[i] = a[i] - b[i] over rows x columns elements. In
+ * place: y may be a, b or both.
+ *
+ * @param[in] a rows x columns values
+ * @param[in] b rows x columns values
+ * @param[in] rows number of rows, at least 1
+ * @param[in] columns number of columns, at least 1
+ * @param[out] y rows x columns values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if rows < 1 or columns < 1
+ */
 FATHOM_API AnalysisStatus Sub2D(const double* a, const double* b, int32_t rows, int32_t columns,
                                 double* y);
+
+/**
+ * Element-wise product of two matrices: y[i] = a[i] b[i] over rows x columns elements. In place: y
+ * may be a, b or both.
+ *
+ * @param[in] a rows x columns values
+ * @param[in] b rows x columns values
+ * @param[in] rows number of rows, at least 1
+ * @param[in] columns number of columns, at least 1
+ * @param[out] y rows x columns values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if rows < 1 or columns < 1
+ */
 FATHOM_API AnalysisStatus Mul2D(const double* a, const double* b, int32_t rows, int32_t columns,
                                 double* y);
+
+/**
+ * Element-wise quotient of two matrices: y[i] = a[i] / b[i] over rows x columns elements. In place:
+ * y may be a, b or both.
+ *
+ * Unlike Div1D it does not look at the divisors: a zero gives an infinity or NaN in its element.
+ *
+ * @param[in] a rows x columns values
+ * @param[in] b rows x columns divisors
+ * @param[in] rows number of rows, at least 1
+ * @param[in] columns number of columns, at least 1
+ * @param[out] y rows x columns values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if rows < 1 or columns < 1
+ */
 FATHOM_API AnalysisStatus Div2D(const double* a, const double* b, int32_t rows, int32_t columns,
                                 double* y);
+
+/**
+ * Magnitude: y[i] = |x[i]|. In place: y may be x.
+ *
+ * @param[in] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[out] y n values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Abs1D(const double* x, int32_t n, double* y);
+
+/**
+ * Negation: y[i] = -x[i]. In place: y may be x.
+ *
+ * @param[in] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[out] y n values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Neg1D(const double* x, int32_t n, double* y);
+
+/**
+ * Sets every element to +0.0.
+ *
+ * @param[out] x n values
+ * @param[in] n number of elements, at least 1
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Clear1D(double* x, int32_t n);
+
+/**
+ * Sets every element to one value.
+ *
+ * @param[out] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[in] value the value, of any kind
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Set1D(double* x, int32_t n, double value);
+
+/**
+ * Limits values to a range: y[i] is `upper` if x[i] > upper, `lower` if x[i] < lower or x[i] is
+ * NaN, and x[i] otherwise. In place: y may be x.
+ *
+ * @param[in] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[in] upper largest value to let through
+ * @param[in] lower smallest value to let through
+ * @param[out] y n values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_LIMITS if upper < lower or either
+ *         is NaN
+ */
 FATHOM_API AnalysisStatus Clip(const double* x, int32_t n, double upper, double lower, double* y);
 
 /* ---- Real arrays: copying and reordering (src/array/reorder.cpp) ----------------------------- */
 
+/**
+ * Copy: y[i] = x[i]. In place: y may be x, which changes nothing.
+ *
+ * @param[in] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[out] y n values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Copy1D(const double* x, int32_t n, double* y);
+
+/**
+ * Copies part of an array: y[j] = x[start + j]. In place: no.
+ *
+ * @param[in] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[in] start index of the first element to copy, at least 0
+ * @param[in] length number of elements to copy, at least 1
+ * @param[out] y length values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1, start < 0 or length < 1;
+ *         FATHOM_ERR_INDEX_LENGTH if start + length > n
+ */
 FATHOM_API AnalysisStatus Subset1D(const double* x, int32_t n, int32_t start, int32_t length,
                                    double* y);
+
+/**
+ * Reversal: y[i] = x[n - 1 - i]. In place: y may be x.
+ *
+ * @param[in] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[out] y n values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Reverse(const double* x, int32_t n, double* y);
+
+/**
+ * Shift with zeros moving in: y[i] = x[i - shift] where x has that element, 0 elsewhere. In place:
+ * y may be x.
+ *
+ * @param[in] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[in] shift elements to move by: positive towards higher indices, negative towards lower, 0
+ *     for a copy
+ * @param[out] y n values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_SHIFT_RANGE if |shift| >= n
+ */
 FATHOM_API AnalysisStatus Shift(const double* x, int32_t n, int32_t shift, double* y);
+
+/**
+ * Sorts the values. In place: y may be x.
+ *
+ * The order is total, so that the result depends on nothing but the values: -0.0 is below +0.0, and
+ * NaNs come last in either direction. Quicksort on integer keys (C. A. R. Hoare, "Quicksort", The
+ * Computer Journal 5, 1962) without branches on the data and without workspace; no input takes more
+ * than of the order of n log n steps.
+ *
+ * @param[in] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[in] direction 0 for ascending order, any other value for descending
+ * @param[out] y n values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Sort(const double* x, int32_t n, int32_t direction, double* y);
 
 /* ---- Real arrays: scaling (src/array/scale.cpp) ---------------------------------------------- */
 
+/**
+ * Scales between the extremes to [-1, 1]: scale = (maximum - minimum) / 2, offset = minimum +
+ * scale, y[i] = (x[i] - offset) (1 / scale). In place: y may be x.
+ *
+ * The product with the reciprocal can exceed 1 by a rounding. When all elements are equal, scale is
+ * 0 and y is NaN. The extremes are those of MaxMin1D, which says what NaNs do to them.
+ *
+ * @param[in] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[out] y n values
+ * @param[out] offset the middle of the range
+ * @param[out] scale half the width of the range
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Scale1D(const double* x, int32_t n, double* y, double* offset,
                                   double* scale);
+
+/**
+ * Scales a matrix between the extremes to [-1, 1]: scale = (maximum - minimum) / 2, offset =
+ * minimum + scale, y[i] = (x[i] - offset) (1 / scale). In place: y may be x.
+ *
+ * The product with the reciprocal can exceed 1 by a rounding. When all elements are equal, scale is
+ * 0 and y is NaN. The extremes are those of MaxMin2D, which says what NaNs do to them.
+ *
+ * @param[in] x rows x columns values, row after row
+ * @param[in] rows number of rows, at least 1
+ * @param[in] columns number of columns, at least 1
+ * @param[out] y rows x columns values
+ * @param[out] offset the middle of the range
+ * @param[out] scale half the width of the range
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if rows < 1 or columns < 1
+ */
 FATHOM_API AnalysisStatus Scale2D(const double* x, int32_t rows, int32_t columns, double* y,
                                   double* offset, double* scale);
+
+/**
+ * Scales by the largest magnitude to [-1, 1]: y[i] = x[i] (1 / largest), largest = max |x[i]|. In
+ * place: y may be x.
+ *
+ * NaNs are passed over in the search. When all elements are zero, largest is 0 and y is NaN; a
+ * largest magnitude whose reciprocal overflows makes y infinite.
+ *
+ * @param[in] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[out] y n values
+ * @param[out] largest the largest magnitude
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus QScale1D(const double* x, int32_t n, double* y, double* largest);
+
+/**
+ * Scales a matrix by the largest magnitude to [-1, 1]: y[i] = x[i] (1 / largest), largest = max
+ * |x[i]|. In place: y may be x.
+ *
+ * NaNs are passed over in the search. When all elements are zero, largest is 0 and y is NaN; a
+ * largest magnitude whose reciprocal overflows makes y infinite.
+ *
+ * @param[in] x rows x columns values, row after row
+ * @param[in] rows number of rows, at least 1
+ * @param[in] columns number of columns, at least 1
+ * @param[out] y rows x columns values
+ * @param[out] largest the largest magnitude
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if rows < 1 or columns < 1
+ */
 FATHOM_API AnalysisStatus QScale2D(const double* x, int32_t rows, int32_t columns, double* y,
                                    double* largest);
+
+/**
+ * Normalises to zero mean and unit deviation: y[i] = (x[i] - mean) (1 / deviation). In place: y may
+ * be x.
+ *
+ * When the deviation is 0, y is infinite or NaN.
+ *
+ * @param[in] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[out] y n values
+ * @param[out] mean the mean, as StdDev gives it
+ * @param[out] deviation the standard deviation (divisor n), as StdDev gives it
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Normal1D(const double* x, int32_t n, double* y, double* mean,
                                    double* deviation);
+
+/**
+ * Normalises a matrix to zero mean and unit deviation: y[i] = (x[i] - mean) (1 / deviation). In
+ * place: y may be x.
+ *
+ * When the deviation is 0, y is infinite or NaN. A matrix of more than 2^31 - 1 elements has NaN
+ * for mean, deviation and results.
+ *
+ * @param[in] x rows x columns values, row after row
+ * @param[in] rows number of rows, at least 1
+ * @param[in] columns number of columns, at least 1
+ * @param[out] y rows x columns values
+ * @param[out] mean the mean, as StdDev gives it
+ * @param[out] deviation the standard deviation (divisor rows x columns), as StdDev gives it
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if rows < 1 or columns < 1
+ */
 FATHOM_API AnalysisStatus Normal2D(const double* x, int32_t rows, int32_t columns, double* y,
                                    double* mean, double* deviation);
 
 /* ---- Real arrays: reductions (src/array/reduce.cpp) ------------------------------------------ */
 
+/**
+ * Largest and smallest element and where they first occur.
+ *
+ * Taken one after the other, an element that is above the maximum becomes the maximum, and
+ * otherwise one that is not at or above the minimum becomes the minimum. So a NaN becomes the
+ * minimum and the next element that is no new maximum replaces it; a NaN in the first place stays
+ * the maximum.
+ *
+ * @param[in] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[out] maximum largest element
+ * @param[out] maximumIndex its index, from 0
+ * @param[out] minimum smallest element
+ * @param[out] minimumIndex its index, from 0
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus MaxMin1D(const double* x, int32_t n, double* maximum,
                                    int32_t* maximumIndex, double* minimum, int32_t* minimumIndex);
+
+/**
+ * Largest and smallest element of a matrix and where they first occur.
+ *
+ * The elements are taken row after row, in the manner of MaxMin1D.
+ *
+ * @param[in] x rows x columns values, row after row
+ * @param[in] rows number of rows, at least 1
+ * @param[in] columns number of columns, at least 1
+ * @param[out] maximum largest element
+ * @param[out] maximumRow its row, from 0
+ * @param[out] maximumColumn its column, from 0
+ * @param[out] minimum smallest element
+ * @param[out] minimumRow its row, from 0
+ * @param[out] minimumColumn its column, from 0
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if rows < 1 or columns < 1
+ */
 FATHOM_API AnalysisStatus MaxMin2D(const double* x, int32_t rows, int32_t columns, double* maximum,
                                    int32_t* maximumRow, int32_t* maximumColumn, double* minimum,
                                    int32_t* minimumRow, int32_t* minimumColumn);
+
+/**
+ * Sum of all elements, added one after the other from the first, without compensation.
+ *
+ * @param[in] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[out] sum 0 + x[0] + ... + x[n - 1]
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Sum1D(const double* x, int32_t n, double* sum);
+
+/**
+ * Sum of all elements of a matrix, added one after the other, row after row, without compensation.
+ *
+ * @param[in] x rows x columns values, row after row
+ * @param[in] rows number of rows, at least 1
+ * @param[in] columns number of columns, at least 1
+ * @param[out] sum the sum
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if rows < 1 or columns < 1
+ */
 FATHOM_API AnalysisStatus Sum2D(const double* x, int32_t rows, int32_t columns, double* sum);
+
+/**
+ * Product of all elements, multiplied one after the other from the first.
+ *
+ * @param[in] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[out] product 1 x[0] ... x[n - 1]
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Prod1D(const double* x, int32_t n, double* product);
 
 /* ---- Evaluation (src/array/evaluate.cpp) ----------------------------------------------------- */
