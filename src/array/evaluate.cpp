@@ -1,54 +1,71 @@
 // Evaluation of a line or a polynomial at every element of an array or matrix.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
+#include "array/matrix_size.hpp"
 #include "fathom.h"
+#include "frame/lanes.hpp"
 #include "frame/multiversion.hpp"
 
 namespace {
 
 FATHOM_MULTIVERSION void evaluateLine(const double* x, std::size_t n, double a, double b,
                                       double* y) {
+  // Up to a cache line of the output first: full-width stores across lines cost twice.
+  const std::size_t misaligned = reinterpret_cast<std::uintptr_t>(y) % 64 / sizeof(double);
+  const std::size_t head = std::min(n, (8 - misaligned) % 8);
+  for (std::size_t i = 0; i < head; ++i) y[i] = x[i] * a + b;
   FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) y[i] = x[i] * a + b;
+  for (std::size_t i = head; i < n; ++i) y[i] = x[i] * a + b;
 }
 
-constexpr std::size_t kTile = 32;
+// One tile, its powers and sums in registers, for m of at least 2. The terms are added from the
+// constant upward, each power by one more multiplication.
+constexpr std::size_t kRegisters = 4;
 
-// The terms are added from the constant upward, each with its power by repeated multiplication.
-FATHOM_MULTIVERSION void evaluatePolynomial(const double* x, std::size_t n, const double* c,
-                                            int32_t m, double* y) {
+template <std::size_t bytes>
+FATHOM_INLINE void evaluateTile(const double* x, const double* c, int32_t m, double* y) {
+  using Lanes = fathom::Lanes<bytes>;
+  constexpr std::size_t kLanes = bytes / sizeof(double);
+  Lanes at[kRegisters], power[kRegisters], sum[kRegisters];
+  FATHOM_UNROLL
+  for (std::size_t r = 0; r < kRegisters; ++r) {
+    fathom::load(at[r], x + r * kLanes);
+    power[r] = at[r];
+    sum[r] = c[0] + c[1] * at[r];
+  }
+  for (int32_t j = 2; j < m; ++j) {
+    FATHOM_UNROLL
+    for (std::size_t r = 0; r < kRegisters; ++r) {
+      power[r] *= at[r];
+      sum[r] += c[j] * power[r];
+    }
+  }
+  FATHOM_UNROLL
+  for (std::size_t r = 0; r < kRegisters; ++r) fathom::store(y + r * kLanes, sum[r]);
+}
+
+template <std::size_t bytes>
+FATHOM_INLINE void evaluatePolynomialOf(const double* x, std::size_t n, const double* c, int32_t m,
+                                        double* y) {
+  if (m == 1) {
+    std::fill_n(y, n, c[0]);
+    return;
+  }
+  constexpr std::size_t kTile = kRegisters * bytes / sizeof(double);
   std::size_t start = 0;
-  for (; start + kTile <= n; start += kTile) {
-    double at[kTile], power[kTile], sum[kTile];
-    for (std::size_t i = 0; i < kTile; ++i) {
-      at[i] = x[start + i];
-      power[i] = 1.0;
-      sum[i] = c[0];
-    }
-    for (int32_t j = 1; j < m; ++j) {
-      for (std::size_t i = 0; i < kTile; ++i) {
-        power[i] *= at[i];
-        sum[i] += c[j] * power[i];
-      }
-    }
-    for (std::size_t i = 0; i < kTile; ++i) y[start + i] = sum[i];
-  }
-  for (; start < n; ++start) {
-    const double at = x[start];
-    double power = 1.0;
-    double sum = c[0];
-    for (int32_t j = 1; j < m; ++j) {
-      power *= at;
-      sum += c[j] * power;
-    }
-    y[start] = sum;
-  }
+  for (; start + kTile <= n; start += kTile) evaluateTile<bytes>(x + start, c, m, y + start);
+  if (start == n) return;
+  double rest[kTile] = {};
+  std::copy_n(x + start, n - start, rest);
+  evaluateTile<bytes>(rest, c, m, rest);
+  std::copy_n(rest, n - start, y + start);
 }
 
-std::size_t elements(int32_t rows, int32_t columns) {
-  return static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns);
-}
+FATHOM_BY_WIDTH(evaluatePolynomial,
+                (const double* x, std::size_t n, const double* c, int32_t m, double* y),
+                (x, n, c, m, y))
 
 }  // namespace
 
@@ -61,7 +78,7 @@ AnalysisStatus LinEv1D(const double* x, int32_t n, double a, double b, double* y
 AnalysisStatus LinEv2D(const double* x, int32_t rows, int32_t columns, double a, double b,
                        double* y) {
   if (rows < 1 || columns < 1) return FATHOM_ERR_NO_SAMPLES;
-  evaluateLine(x, elements(rows, columns), a, b, y);
+  evaluateLine(x, fathom::matrixSize(rows, columns), a, b, y);
   return FATHOM_OK;
 }
 
@@ -74,6 +91,6 @@ AnalysisStatus PolyEv1D(const double* x, int32_t n, const double* c, int32_t m, 
 AnalysisStatus PolyEv2D(const double* x, int32_t rows, int32_t columns, const double* c, int32_t m,
                         double* y) {
   if (rows < 1 || columns < 1 || m < 1) return FATHOM_ERR_NO_SAMPLES;
-  evaluatePolynomial(x, elements(rows, columns), c, m, y);
+  evaluatePolynomial(x, fathom::matrixSize(rows, columns), c, m, y);
   return FATHOM_OK;
 }

@@ -7,7 +7,7 @@
 
 #include "fathom.h"
 #include "frame/elementary.hpp"
-#include "frame/multiversion.hpp"
+#include "frame/lanes.hpp"
 #include "frame/workspace.hpp"
 
 namespace {
@@ -27,33 +27,71 @@ Sums sumsOf(const double* x, int32_t n) {
   return sums;
 }
 
-constexpr std::size_t kTile = 32;
+constexpr std::size_t kRegisters = 4;
 
-// power[i] = deviation[i] multiplied by itself order - 1 times. A power that returns after two
-// steps (zero, one, infinity, a value that no longer rounds away) returns for ever, so that only
-// the parity of the steps still to do counts.
-FATHOM_MULTIVERSION void raise(const double* deviation, int32_t order, double* power) {
+// power[i] = (x[i] - mean) multiplied by itself order - 1 times, for one tile. Once every power
+// comes back after two steps (zero, one, infinity, a value that rounding no longer moves) it does
+// so for ever, and only the parity of the steps still to do counts.
+template <std::size_t bytes>
+FATHOM_INLINE void raiseTile(const double* x, double mean, int32_t order, double* power) {
+  using Lanes = fathom::Lanes<bytes>;
+  constexpr std::size_t kLanes = bytes / sizeof(double);
+  constexpr std::size_t kTile = kRegisters * kLanes;
   constexpr int32_t kStepsBetweenLooks = 32;
-  double before[kTile];
-  std::copy_n(deviation, kTile, power);
-  int32_t steps = order - 1;
-  while (steps > kStepsBetweenLooks) {
-    for (int32_t s = 2; s < kStepsBetweenLooks; ++s) {
-      for (std::size_t i = 0; i < kTile; ++i) power[i] *= deviation[i];
-    }
-    bool settled = true;
-    for (std::size_t i = 0; i < kTile; ++i) {
-      before[i] = power[i];
-      power[i] = power[i] * deviation[i] * deviation[i];
-      settled = settled && !(power[i] < before[i] || power[i] > before[i]);
-    }
-    steps -= kStepsBetweenLooks;
-    if (settled) steps %= 2;
+  Lanes deviation[kRegisters], p[kRegisters];
+  FATHOM_UNROLL
+  for (std::size_t r = 0; r < kRegisters; ++r) {
+    fathom::load(deviation[r], x + r * kLanes);
+    deviation[r] -= mean;
+    p[r] = deviation[r];
   }
-  for (; steps > 0; --steps) {
-    for (std::size_t i = 0; i < kTile; ++i) power[i] *= deviation[i];
+  int32_t steps = order - 1;
+  for (int32_t next = kStepsBetweenLooks; steps > 1; steps -= 2, next -= 2) {
+    if (next == 0) {
+      next = kStepsBetweenLooks;
+      double before[kTile], after[kTile];
+      FATHOM_UNROLL
+      for (std::size_t r = 0; r < kRegisters; ++r) {
+        const Lanes twice = p[r] * deviation[r] * deviation[r];
+        fathom::store(before + r * kLanes, p[r]);
+        fathom::store(after + r * kLanes, twice);
+      }
+      bool settled = true;  // a NaN is settled
+      for (std::size_t i = 0; i < kTile; ++i) {
+        settled = settled && !(after[i] < before[i]) && !(after[i] > before[i]);
+      }
+      if (settled) break;
+    }
+    FATHOM_UNROLL
+    for (std::size_t r = 0; r < kRegisters; ++r) {
+      p[r] *= deviation[r];
+      p[r] *= deviation[r];
+    }
+  }
+  if (steps % 2 == 1) {
+    FATHOM_UNROLL
+    for (std::size_t r = 0; r < kRegisters; ++r) p[r] *= deviation[r];
+  }
+  FATHOM_UNROLL
+  for (std::size_t r = 0; r < kRegisters; ++r) fathom::store(power + r * kLanes, p[r]);
+}
+
+constexpr std::size_t kBlock = 64;
+
+// The powers of kBlock samples. Not in the widest registers: while those are in use, the scalar sum
+// that runs beside the next block takes twice its time.
+template <std::size_t widest>
+FATHOM_INLINE void raiseOf(const double* x, double mean, int32_t order, double* power) {
+  constexpr std::size_t kBytes = std::min(widest, std::size_t{32});
+  constexpr std::size_t kTile = kRegisters * kBytes / sizeof(double);
+  static_assert(kBlock % kTile == 0);
+  for (std::size_t i = 0; i < kBlock; i += kTile) {
+    raiseTile<kBytes>(x + i, mean, order, power + i);
   }
 }
+
+FATHOM_BY_WIDTH(raise, (const double* x, double mean, int32_t order, double* power),
+                (x, mean, order, power))
 
 }  // namespace
 
@@ -98,13 +136,16 @@ AnalysisStatus Moment(const double* x, int32_t n, int32_t order, double* moment)
   Mean(x, n, &mean);
   const auto count = static_cast<std::size_t>(n);
   double sum = 0.0;
-  for (std::size_t start = 0; start < count; start += kTile) {
-    const std::size_t length = std::min(kTile, count - start);
-    double deviation[kTile] = {};
-    double power[kTile];
-    for (std::size_t i = 0; i < length; ++i) deviation[i] = x[start + i] - mean;
-    raise(deviation, order, power);
-    for (std::size_t i = 0; i < length; ++i) sum += power[i];
+  alignas(64) double power[kBlock];  // in whole cache lines
+  std::size_t start = 0;
+  for (; start + kBlock <= count; start += kBlock) {
+    raise(x + start, mean, order, power);
+    for (const double p : power) sum += p;
+  }
+  if (start < count) {
+    std::fill_n(std::copy_n(x + start, count - start, power), kBlock - (count - start), mean);
+    raise(power, mean, order, power);
+    for (std::size_t i = 0; i < count - start; ++i) sum += power[i];
   }
   *moment = sum / n;
   return FATHOM_OK;

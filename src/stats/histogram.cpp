@@ -10,6 +10,7 @@
 namespace {
 
 constexpr std::size_t kTile = 256;
+constexpr int32_t kFewIntervals = 512;
 
 struct Scale {
   double base;
@@ -36,6 +37,16 @@ FATHOM_MULTIVERSION int32_t locate(const double* x, std::size_t n, const Scale& 
     ignored += interval[i] < 0 ? 1 : 0;
   }
   return ignored;
+}
+
+// Moves the intervals that are none (-1) out of the list; returns how many are left.
+std::size_t keepCounted(int32_t* interval, std::size_t n) {
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < n; ++i) {
+    interval[kept] = interval[i];
+    kept += interval[i] >= 0 ? 1 : 0;
+  }
+  return kept;
 }
 
 }  // namespace
@@ -69,20 +80,34 @@ AnalysisStatus Histogram(const double* x, int32_t n, double base, double top, in
     counts[i] = 0;
     centre += width;  // the running sum, whose rounding is part of the axis
   }
+  // Neighbouring samples tend to share an interval, and each increment of a count waits for the one
+  // before: where the axis is short, four samples in turn are counted in four tables.
+  int32_t partial[3][kFewIntervals];
+  const bool split = intervals <= kFewIntervals && n / 4 >= intervals;
+  int32_t* table[4] = {counts, counts, counts, counts};
+  for (int32_t k = 1; split && k < 4; ++k) {
+    table[k] = partial[k - 1];
+    std::fill_n(table[k], intervals, 0);
+  }
+
   const Scale scale{base, top, 1.0 / width, intervals};
   const auto count = static_cast<std::size_t>(n);
   int32_t interval[kTile];
   for (std::size_t start = 0; start < count; start += kTile) {
     std::size_t length = std::min(kTile, count - start);
-    if (locate(x + start, length, scale, interval) > 0) {
-      std::size_t kept = 0;
-      for (std::size_t i = 0; i < length; ++i) {
-        interval[kept] = interval[i];
-        kept += interval[i] >= 0 ? 1 : 0;
-      }
-      length = kept;
+    if (locate(x + start, length, scale, interval) > 0) length = keepCounted(interval, length);
+    std::size_t i = 0;
+    for (; i + 4 <= length; i += 4) {
+      ++table[0][interval[i]];
+      ++table[1][interval[i + 1]];
+      ++table[2][interval[i + 2]];
+      ++table[3][interval[i + 3]];
     }
-    for (std::size_t i = 0; i < length; ++i) ++counts[interval[i]];
+    for (; i < length; ++i) ++counts[interval[i]];
+  }
+
+  for (int32_t i = 0; split && i < intervals; ++i) {
+    counts[i] += partial[0][i] + partial[1][i] + partial[2][i];
   }
   return FATHOM_OK;
 }
