@@ -543,37 +543,245 @@ FATHOM_API AnalysisStatus Prod1D(const double* x, int32_t n, double* product);
 
 /* ---- Evaluation (src/array/evaluate.cpp) ----------------------------------------------------- */
 
+/**
+ * Line at each element: y[i] = x[i] a + b.
+ *
+ * @param[in] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[in] a slope
+ * @param[in] b value at zero
+ * @param[out] y n results
+ * In place: y may be x.
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus LinEv1D(const double* x, int32_t n, double a, double b, double* y);
+
+/**
+ * Line at each element of a matrix: y[i][j] = x[i][j] a + b.
+ *
+ * @param[in] x rows x columns values
+ * @param[in] rows number of rows, at least 1
+ * @param[in] columns number of columns, at least 1
+ * @param[in] a slope
+ * @param[in] b value at zero
+ * @param[out] y rows x columns results
+ * In place: y may be x.
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if rows < 1 or columns < 1
+ */
 FATHOM_API AnalysisStatus LinEv2D(const double* x, int32_t rows, int32_t columns, double a,
                                   double b, double* y);
+
+/**
+ * Polynomial at each element: y[i] = c[0] + c[1] x[i] + ... + c[m - 1] x[i]^(m - 1).
+ *
+ * Powers are formed by repeated multiplication and terms added from the constant upward; Horner's
+ * rule would round differently.
+ *
+ * @param[in] x n values
+ * @param[in] n number of elements, at least 1
+ * @param[in] c m coefficients, c[j] that of the power j
+ * @param[in] m number of coefficients, at least 1
+ * @param[out] y n results
+ * In place: y may be x, but not c.
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1 or m < 1
+ */
 FATHOM_API AnalysisStatus PolyEv1D(const double* x, int32_t n, const double* c, int32_t m,
                                    double* y);
+
+/**
+ * Polynomial at each element of a matrix, as PolyEv1D.
+ *
+ * @param[in] x rows x columns values
+ * @param[in] rows number of rows, at least 1
+ * @param[in] columns number of columns, at least 1
+ * @param[in] c m coefficients, c[j] that of the power j
+ * @param[in] m number of coefficients, at least 1
+ * @param[out] y rows x columns results
+ * In place: y may be x, but not c.
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if rows < 1, columns < 1 or m < 1
+ */
 FATHOM_API AnalysisStatus PolyEv2D(const double* x, int32_t rows, int32_t columns, const double* c,
                                    int32_t m, double* y);
 
 /* ---- Calculus of sampled signals (src/array/calculus.cpp) ------------------------------------ */
 
+/**
+ * Running integral of a sampled signal: y[i] = y[i - 1] + (x[i - 1] + 4 x[i] + x[i + 1]) dt / 6, with
+ * y[-1] = 0, x[-1] = initial and x[n] = final.
+ *
+ * Simpson's rule over spans of 2 dt that overlap by half, each counted half. dt / 6 is the product of dt and 1/6 in extended
+ * precision, rounded once.
+ *
+ * @param[in] x n samples
+ * @param[in] n number of samples, at least 1
+ * @param[in] dt sampling interval, above 0, in the unit of the independent variable
+ * @param[in] initial sample before the first
+ * @param[in] final sample after the last
+ * @param[out] y n values, in the unit of x times that of dt
+ * In place: y may be x.
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_INTERVAL unless dt > 0
+ */
 FATHOM_API AnalysisStatus Integrate(const double* x, int32_t n, double dt, double initial,
                                     double final, double* y);
+
+/**
+ * Derivative of a sampled signal by central differences: y[i] = (x[i + 1] - x[i - 1]) / (2 dt), with
+ * x[-1] = initial and x[n] = final.
+ *
+ * @param[in] x n samples
+ * @param[in] n number of samples, at least 1
+ * @param[in] dt sampling interval, above 0, in the unit of the independent variable
+ * @param[in] initial sample before the first
+ * @param[in] final sample after the last
+ * @param[out] y n values, in the unit of x over that of dt
+ * In place: y may be x.
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_INTERVAL unless dt > 0
+ */
 FATHOM_API AnalysisStatus Difference(const double* x, int32_t n, double dt, double initial,
                                      double final, double* y);
+
+/**
+ * Removes jumps from a sequence of phases: where a phase lies more than pi above (below) the one
+ * before it, 2 pi is taken from (added to) it and every later one.
+ *
+ * One turn is corrected at each step, and jumps of exactly pi stay. Two phases alone are left as
+ * they are. The time grows as n times the number of jumps, because each correction is rounded.
+ *
+ * @param[in,out] phase n phases in radians
+ * @param[in] n number of phases, at least 1
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus UnWrap1D(double* phase, int32_t n);
+
+/**
+ * Every factor-th element, or the mean of each block of `factor` elements:
+ * y[k] = x[k factor] or y[k] = (x[k factor] + ... + x[k factor + factor - 1]) / factor, for k from 0
+ * while k factor < n.
+ *
+ * The last mean is taken over `factor` elements too: with averaging, x must be readable up to the
+ * next multiple of factor, beyond n where n is none.
+ *
+ * @param[in] x n elements; with averaging, n rounded up to a multiple of factor
+ * @param[in] n number of elements, at least 1
+ * @param[in] factor decimating factor, from 1 to n
+ * @param[in] averaging 0 for elements, any other value for means
+ * @param[out] y n / factor results, rounded up
+ * In place: y may be x.
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_DECIMATION if factor < 1 or n < factor
+ */
 FATHOM_API AnalysisStatus Decimate(const double* x, int32_t n, int32_t factor, int32_t averaging,
                                    double* y);
 
 /* ---- Descriptive statistics (src/stats/descriptive.cpp) -------------------------------------- */
 
+/**
+ * Arithmetic mean: (x[0] + ... + x[n - 1]) / n, summed in index order.
+ *
+ * @param[in] x n samples
+ * @param[in] n number of samples, at least 1
+ * @param[out] mean the mean, in the unit of x
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Mean(const double* x, int32_t n, double* mean);
+
+/**
+ * Mean and population standard deviation: sqrt(|sum of x[i]^2 / n - mean^2|), in one pass.
+ *
+ * The magnitude is taken because the difference can round to a little below zero; see Variance.
+ *
+ * @param[in] x n samples
+ * @param[in] n number of samples, at least 1
+ * @param[out] mean the mean, in the unit of x
+ * @param[out] deviation the standard deviation, in the unit of x
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus StdDev(const double* x, int32_t n, double* mean, double* deviation);
+
+/**
+ * Mean and population variance: sum of x[i]^2 / n - mean^2, in one pass.
+ *
+ * For samples that hardly vary about a large mean the difference loses its digits and can come out
+ * slightly negative. Moment with order 2 takes two passes and has neither fault.
+ *
+ * @param[in] x n samples
+ * @param[in] n number of samples, at least 1
+ * @param[out] mean the mean, in the unit of x
+ * @param[out] variance the variance, in the squared unit of x
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Variance(const double* x, int32_t n, double* mean, double* variance);
+
+/**
+ * Root mean square: sqrt((x[0]^2 + ... + x[n - 1]^2) / n).
+ *
+ * @param[in] x n samples
+ * @param[in] n number of samples, at least 1
+ * @param[out] rms the root mean square, in the unit of x
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus RMS(const double* x, int32_t n, double* rms);
+
+/**
+ * Central moment: sum of (x[i] - mean)^order, divided by n, in two passes.
+ *
+ * Powers are formed by repeated multiplication. The time grows with the order until the powers no
+ * longer change.
+ *
+ * @param[in] x n samples
+ * @param[in] n number of samples, at least 1
+ * @param[in] order order of the moment, at least 1
+ * @param[out] moment the moment, in the unit of x to the power order
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1
+ */
 FATHOM_API AnalysisStatus Moment(const double* x, int32_t n, int32_t order, double* moment);
+
+/**
+ * Median: the middle one of the sorted samples, or half the sum of the middle two.
+ *
+ * @param[in] x n samples
+ * @param[in] n number of samples, at least 1
+ * @param[out] median the median, in the unit of x
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_MEMORY if a copy of x cannot be
+ *         allocated
+ */
 FATHOM_API AnalysisStatus Median(const double* x, int32_t n, double* median);
 
 /* ---- Histogram (src/stats/histogram.cpp) ----------------------------------------------------- */
 
+/**
+ * Mode by histogram: the centre of the interval that holds the most samples, the lowest of them
+ * where several do; the first interval's centre if no sample lies between base and top.
+ *
+ * @param[in] x n samples
+ * @param[in] n number of samples, at least 1
+ * @param[in] base lower end of the range, in the unit of x
+ * @param[in] top upper end of the range, above base
+ * @param[in] intervals number of intervals, at least 1
+ * @param[out] mode the mode, in the unit of x
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if intervals < 1; FATHOM_ERR_MEMORY if the histogram cannot
+ *         be allocated; FATHOM_ERR_BASE_TOP unless base < top; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
 FATHOM_API AnalysisStatus Mode(const double* x, int32_t n, double base, double top,
                                int32_t intervals, double* mode);
+
+/**
+ * Number of samples in each of `intervals` equal intervals between base and top.
+ *
+ * With width = (top - base) / intervals, interval i takes the samples from base + i width up to, but
+ * not including, base + (i + 1) width; the last one also takes those equal to top. Samples outside
+ * and NaNs are not counted.
+ *
+ * @param[in] x n samples
+ * @param[in] n number of samples, at least 1
+ * @param[in] base lower end of the range, in the unit of x
+ * @param[in] top upper end of the range, above base
+ * @param[out] counts `intervals` counts
+ * @param[out] axis `intervals` centres, each the one before plus width
+ * @param[in] intervals number of intervals, at least 1
+ * In place: no; counts, axis and x are three arrays.
+ * @return FATHOM_OK; FATHOM_ERR_BASE_TOP unless base < top; FATHOM_ERR_NO_SAMPLES if n < 1 or
+ *         intervals < 1
+ */
 FATHOM_API AnalysisStatus Histogram(const double* x, int32_t n, double base, double top,
                                     int32_t* counts, double* axis, int32_t intervals);
 
