@@ -18,46 +18,22 @@ using test::Guarded;
 using test::kInf;
 using test::kNan;
 
-constexpr double kPi = 3.141592653589793;
 constexpr double kRate = 1000.0;
-const double kCosines[9][7] = {
-    {1.0},
-    {0.5, 0.5},
-    {0.54, 0.46},
-    {0.42323, 0.49755, 0.07922},
-    {0.4265907136715391, 0.4965606190885641, 0.07684866723989682},
-    {0.42, 0.5, 0.08},
-    {0.2810638602, 0.5208971735, 0.1980389663},
-    {0.35875, 0.48829, 0.14128, 0.01168},
-    {0.27105140069342415, 0.43329793923448606, 0.21812299954311062, 0.0659254463880309,
-     0.010811742098372268, 0.0007765848252250934, 1.3887217350903198e-05}};
+const double kCosines[8][4] = {{1.0},
+                               {0.5, 0.5},
+                               {0.54, 0.46},
+                               {0.42323, 0.49755, 0.07922},
+                               {0.4265907136715391, 0.4965606190885641, 0.07684866723989682},
+                               {0.42, 0.5, 0.08},
+                               {0.2810638602, 0.5208971735, 0.1980389663},
+                               {0.35875, 0.48829, 0.14128, 0.01168}};
 
 struct Tone {
   double bin, amplitude;
 };
 
-// The one-sided power spectrum, n points windowed by row `w` and divided by the window's mean, from
-// the sums of its definition.
-std::vector<double> spectrumOf(const std::vector<Tone>& tones, std::size_t n, std::size_t w) {
-  std::vector<double> x(n);
-  const auto size = static_cast<double>(n);
-  for (std::size_t i = 0; i < n; ++i) {
-    const double turn = 2.0 * kPi * static_cast<double>(i) / size;
-    double window = 0.0;
-    for (int j = 0; j < 7; ++j)
-      window += (j % 2 == 0 ? 1 : -1) * kCosines[w][j] * std::cos(j * turn);
-    for (const Tone& t : tones) {
-      x[i] += window / kCosines[w][0] * t.amplitude * std::sqrt(2.0) * std::cos(t.bin * turn + 0.3);
-    }
-  }
-  std::vector<double> power(n / 2);
-  double df = 0.0;
-  AutoPowerSpectrum(x.data(), static_cast<std::int32_t>(n), 1.0, power.data(), &df);
-  return power;
-}
-
 struct Analysis {
-  explicit Analysis(std::vector<double> s, std::size_t harmonics)
+  explicit Analysis(const std::vector<double>& s, std::size_t harmonics)
       : spectrum(s), amplitudes(harmonics), frequencies(harmonics), thd(1), thdNoise(1) {}
   AnalysisStatus run(std::int32_t window, double f0, std::int32_t fftSize = 0,
                      double rate = kRate) {
@@ -76,27 +52,7 @@ struct Analysis {
   Guarded spectrum, amplitudes, frequencies, thd, thdNoise;
 };
 
-// Tones anywhere between two bins, far enough apart that they don't disturb each other.
-TEST(Harmonic, AmplitudeAndFrequencyBetweenBins) {
-  const struct {
-    std::int32_t window;
-    double tolerance;  // the negative frequencies' skirts, which fall slowest without a window
-  } cases[] = {{0, 2e-3}, {1, 1e-6}, {2, 2e-3}};
-  for (const auto& c : cases) {
-    for (double offset : {-0.49, -0.3, -0.05, 0.02, 0.2, 0.45}) {
-      const double bin = 1000.0 + offset;
-      Analysis a(spectrumOf({{bin, 3.0}}, 4096, static_cast<std::size_t>(c.window)), 1);
-      ASSERT_EQ(a.run(c.window, 200.0), FATHOM_OK);
-      EXPECT_NEAR(a.amplitudes.data()[0] / 3.0, 1.0, c.tolerance) << c.window << ' ' << offset;
-      EXPECT_NEAR(a.frequencies.data()[0] * 4096 / kRate, bin, c.tolerance);
-      EXPECT_EQ(a.thd.data()[0], 0.0);
-      EXPECT_TRUE(a.intact());
-    }
-  }
-}
-
-// Without the skirts: bins set from the window's own spectrum, the Dirichlet kernel summed with its
-// neighbours' in long double. The amplitude then comes back to the last few digits.
+// A window's own spectrum, the Dirichlet kernel summed with its neighbours' in long double.
 long double windowAt(std::size_t row, long double n, long double bins) {
   const auto dirichlet = [n](long double u) {
     const long double pi = 3.14159265358979323846L;
@@ -104,7 +60,7 @@ long double windowAt(std::size_t row, long double n, long double bins) {
     return ratio(u) / ratio(u / n);
   };
   long double sum = kCosines[row][0] * dirichlet(bins);
-  for (int j = 1; j < 7; ++j) {
+  for (int j = 1; j < 4; ++j) {
     sum += kCosines[row][j] * (dirichlet(bins - j) + dirichlet(bins + j)) / 2;
   }
   return sum / kCosines[row][0];
@@ -244,12 +200,18 @@ TEST(Harmonic, FailuresLeaveWhatWasMeasured) {
 
 TEST(Harmonic, RequestsForMemory) {
   std::vector<double> s = comb(128, {{20, 16.0}, {21, 9.0}, {19, 4.0}});
-  const AnalysisStatus expected[] = {FATHOM_ERR_MEMORY, FATHOM_OK, FATHOM_ERR_MEMORY,
-                                     FATHOM_ERR_MEMORY};
-  for (int request = 1; request <= 4; ++request) {
+  int requests = 0;  // a compiler may do without the interpolator's
+  {
+    Analysis a(s, 1);
+    const test::FailingMalloc counting(0);
+    EXPECT_EQ(a.run(1, 80.0), FATHOM_OK);
+    requests = counting.requests();
+  }
+  EXPECT_GE(requests, 2);
+  for (int request = 1; request <= requests; ++request) {
     Analysis a(s, 1);
     const test::FailingMalloc failing(request);
-    EXPECT_EQ(a.run(1, 80.0), expected[request - 1]) << request;
+    EXPECT_EQ(a.run(1, 80.0), request == 2 ? FATHOM_OK : FATHOM_ERR_MEMORY) << request;
     EXPECT_TRUE(a.noResults() && a.intact());
     EXPECT_EQ(a.spectrum.data()[3], 0.0);
   }

@@ -82,15 +82,6 @@ TEST(Network, TheSmallestRecords) {
   EXPECT_TRUE(magnitude.intact() && phase.intact());
 }
 
-TEST(Network, ASilentStimulusIsNoFailure) {
-  const std::vector<double> zero(8, 0.0);
-  std::vector<double> magnitude(4), phase(4);
-  double df = 0.0;
-  EXPECT_EQ(TransferFunction(zero.data(), zero.data(), 8, 1.0, magnitude.data(), phase.data(), &df),
-            FATHOM_OK);
-  for (double m : magnitude) EXPECT_TRUE(std::isnan(m));
-}
-
 struct Network {
   explicit Network(std::size_t n)
       : crossMagnitude(n / 2),
@@ -152,7 +143,7 @@ TEST(Network, AveragesKeepTheBitsOfTheSpectra) {
 }
 
 TEST(Network, AWireIsCoherentAndImmediate) {
-  std::vector<double> x = test::uniform(256, 14);
+  const std::vector<double> x = test::uniform(256, 14);
   Network network(64);
   ASSERT_EQ(network.measure(x, x, 64, 4), FATHOM_OK);
   for (std::size_t k = 0; k < 32; ++k) {
@@ -163,13 +154,6 @@ TEST(Network, AWireIsCoherentAndImmediate) {
   for (std::size_t i = 0; i < 64; ++i) {
     EXPECT_NEAR(network.impulse.data()[i], i == 0 ? 1.0 : 0.0, 1e-13);
   }
-  // Noise of the same power at the output halves the coherence.
-  const std::int32_t frames = 400;
-  x = test::uniform(64 * static_cast<std::size_t>(frames), 15);
-  std::vector<double> y = test::uniform(x.size(), 16);
-  for (std::size_t i = 0; i < x.size(); ++i) y[i] += x[i];
-  ASSERT_EQ(network.measure(x, y, 64, frames), FATHOM_OK);
-  for (std::size_t k = 0; k < 32; ++k) EXPECT_NEAR(network.coherence.data()[k], 0.5, 0.15) << k;
 }
 
 TEST(Network, ChecksAndFailedRequests) {

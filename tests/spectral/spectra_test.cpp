@@ -34,15 +34,6 @@ std::vector<Complex> slowTransform(const std::vector<double>& x, std::size_t n) 
   return bins;
 }
 
-std::vector<double> sine(std::size_t n, double amplitude, double cycles) {
-  std::vector<double> x(n);
-  for (std::size_t i = 0; i < n; ++i) {
-    x[i] =
-        amplitude * std::sin(2.0 * kPi * cycles * static_cast<double>(i) / static_cast<double>(n));
-  }
-  return x;
-}
-
 std::vector<double> awkward(std::size_t n, std::uint64_t seed) {
   std::vector<double> x = test::uniform(n, seed);
   for (std::size_t i = 0; i < n; i += 5) x[i] = i % 2 == 0 ? 1e-160 : -0.0;
@@ -91,21 +82,6 @@ TEST(Spectra, AgreeWithTheTransformsSum) {
       EXPECT_NEAR(static_cast<double>(std::abs(turnedCross - cross)), 0.0, 1e-14) << n << ' ' << k;
     }
   }
-}
-
-TEST(Spectra, ASineOnABin) {
-  const std::vector<double> x = sine(64, 3.0, 5.0);
-  std::vector<double> two = x, power(32), amplitude(32), phase(32);
-  double df = 0.0;
-  Spectrum(two.data(), 64);
-  EXPECT_NEAR(two[5], 9.0 / 4.0, 1e-14);
-  EXPECT_TRUE(SameBits(two[59], two[5]));
-  AutoPowerSpectrum(x.data(), 64, 0.0, power.data(), &df);
-  EXPECT_NEAR(power[5], 9.0 / 2.0, 1e-14);
-  EXPECT_EQ(df, test::kInf);
-  AmpPhaseSpectrum(x.data(), 64, 0, 1.0, amplitude.data(), phase.data(), &df);
-  EXPECT_NEAR(amplitude[5], 3.0 / std::sqrt(2.0), 1e-14);
-  EXPECT_NEAR(phase[5], -kPi / 2, 1e-14);
 }
 
 // The packed transform unpacked one bin after another: the same bits at every size.
