@@ -17,7 +17,7 @@ class Guarded {
 
   explicit Guarded(std::size_t n) : cells_(n + 2 * kGuard, kFill) {}
   explicit Guarded(const std::vector<double>& values) : Guarded(values.size()) {
-    for (std::size_t i = 0; i < values.size(); ++i) data()[i] = values[i];
+    std::copy(values.begin(), values.end(), cells_.begin() + kGuard);
   }
 
   double* data() { return cells_.data() + kGuard; }
