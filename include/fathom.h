@@ -545,19 +545,20 @@ FATHOM_API AnalysisStatus Prod1D(const double* x, int32_t n, double* product);
 
 /**
  * Line at each element: y[i] = x[i] a + b.
+ * In place: y may be x.
  *
  * @param[in] x n values
  * @param[in] n number of elements, at least 1
  * @param[in] a slope
  * @param[in] b value at zero
  * @param[out] y n results
- * In place: y may be x.
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
 FATHOM_API AnalysisStatus LinEv1D(const double* x, int32_t n, double a, double b, double* y);
 
 /**
  * Line at each element of a matrix: y[i][j] = x[i][j] a + b.
+ * In place: y may be x.
  *
  * @param[in] x rows x columns values
  * @param[in] rows number of rows, at least 1
@@ -565,7 +566,6 @@ FATHOM_API AnalysisStatus LinEv1D(const double* x, int32_t n, double a, double b
  * @param[in] a slope
  * @param[in] b value at zero
  * @param[out] y rows x columns results
- * In place: y may be x.
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if rows < 1 or columns < 1
  */
 FATHOM_API AnalysisStatus LinEv2D(const double* x, int32_t rows, int32_t columns, double a,
@@ -576,13 +576,13 @@ FATHOM_API AnalysisStatus LinEv2D(const double* x, int32_t rows, int32_t columns
  *
  * Powers are formed by repeated multiplication and terms added from the constant upward; Horner's
  * rule would round differently.
+ * In place: y may be x, but not c.
  *
  * @param[in] x n values
  * @param[in] n number of elements, at least 1
  * @param[in] c m coefficients, c[j] that of the power j
  * @param[in] m number of coefficients, at least 1
  * @param[out] y n results
- * In place: y may be x, but not c.
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1 or m < 1
  */
 FATHOM_API AnalysisStatus PolyEv1D(const double* x, int32_t n, const double* c, int32_t m,
@@ -590,6 +590,7 @@ FATHOM_API AnalysisStatus PolyEv1D(const double* x, int32_t n, const double* c, 
 
 /**
  * Polynomial at each element of a matrix, as PolyEv1D.
+ * In place: y may be x, but not c.
  *
  * @param[in] x rows x columns values
  * @param[in] rows number of rows, at least 1
@@ -597,7 +598,6 @@ FATHOM_API AnalysisStatus PolyEv1D(const double* x, int32_t n, const double* c, 
  * @param[in] c m coefficients, c[j] that of the power j
  * @param[in] m number of coefficients, at least 1
  * @param[out] y rows x columns results
- * In place: y may be x, but not c.
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if rows < 1, columns < 1 or m < 1
  */
 FATHOM_API AnalysisStatus PolyEv2D(const double* x, int32_t rows, int32_t columns, const double* c,
@@ -606,11 +606,12 @@ FATHOM_API AnalysisStatus PolyEv2D(const double* x, int32_t rows, int32_t column
 /* ---- Calculus of sampled signals (src/array/calculus.cpp) ------------------------------------ */
 
 /**
- * Running integral of a sampled signal: y[i] = y[i - 1] + (x[i - 1] + 4 x[i] + x[i + 1]) dt / 6, with
- * y[-1] = 0, x[-1] = initial and x[n] = final.
+ * Running integral of a sampled signal: y[i] = y[i - 1] + (x[i - 1] + 4 x[i] + x[i + 1]) dt / 6,
+ * with y[-1] = 0, x[-1] = initial and x[n] = final.
  *
- * Simpson's rule over spans of 2 dt that overlap by half, each counted half. dt / 6 is the product of dt and 1/6 in extended
- * precision, rounded once.
+ * Simpson's rule over spans of 2 dt that overlap by half, each counted half. dt / 6 is the product
+ * of dt and 1/6 in extended precision, rounded once.
+ * In place: y may be x.
  *
  * @param[in] x n samples
  * @param[in] n number of samples, at least 1
@@ -618,15 +619,15 @@ FATHOM_API AnalysisStatus PolyEv2D(const double* x, int32_t rows, int32_t column
  * @param[in] initial sample before the first
  * @param[in] final sample after the last
  * @param[out] y n values, in the unit of x times that of dt
- * In place: y may be x.
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_INTERVAL unless dt > 0
  */
 FATHOM_API AnalysisStatus Integrate(const double* x, int32_t n, double dt, double initial,
                                     double final, double* y);
 
 /**
- * Derivative of a sampled signal by central differences: y[i] = (x[i + 1] - x[i - 1]) / (2 dt), with
- * x[-1] = initial and x[n] = final.
+ * Derivative of a sampled signal by central differences: y[i] = (x[i + 1] - x[i - 1]) (0.5 / dt),
+ * with x[-1] = initial and x[n] = final.
+ * In place: y may be x.
  *
  * @param[in] x n samples
  * @param[in] n number of samples, at least 1
@@ -634,7 +635,6 @@ FATHOM_API AnalysisStatus Integrate(const double* x, int32_t n, double dt, doubl
  * @param[in] initial sample before the first
  * @param[in] final sample after the last
  * @param[out] y n values, in the unit of x over that of dt
- * In place: y may be x.
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_INTERVAL unless dt > 0
  */
 FATHOM_API AnalysisStatus Difference(const double* x, int32_t n, double dt, double initial,
@@ -655,19 +655,20 @@ FATHOM_API AnalysisStatus UnWrap1D(double* phase, int32_t n);
 
 /**
  * Every factor-th element, or the mean of each block of `factor` elements:
- * y[k] = x[k factor] or y[k] = (x[k factor] + ... + x[k factor + factor - 1]) / factor, for k from 0
- * while k factor < n.
+ * y[k] = x[k factor] or y[k] = (x[k factor] + ... + x[k factor + factor - 1]) / factor, for k from
+ * 0 while k factor < n.
  *
  * The last mean is taken over `factor` elements too: with averaging, x must be readable up to the
  * next multiple of factor, beyond n where n is none.
+ * In place: y may be x.
  *
  * @param[in] x n elements; with averaging, n rounded up to a multiple of factor
  * @param[in] n number of elements, at least 1
  * @param[in] factor decimating factor, from 1 to n
  * @param[in] averaging 0 for elements, any other value for means
  * @param[out] y n / factor results, rounded up
- * In place: y may be x.
- * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_DECIMATION if factor < 1 or n < factor
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_DECIMATION if factor < 1 or
+ *         n < factor
  */
 FATHOM_API AnalysisStatus Decimate(const double* x, int32_t n, int32_t factor, int32_t averaging,
                                    double* y);
@@ -758,8 +759,9 @@ FATHOM_API AnalysisStatus Median(const double* x, int32_t n, double* median);
  * @param[in] top upper end of the range, above base
  * @param[in] intervals number of intervals, at least 1
  * @param[out] mode the mode, in the unit of x
- * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if intervals < 1; FATHOM_ERR_MEMORY if the histogram cannot
- *         be allocated; FATHOM_ERR_BASE_TOP unless base < top; FATHOM_ERR_NO_SAMPLES if n < 1
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if intervals < 1; FATHOM_ERR_MEMORY if the histogram
+ *         cannot be allocated; FATHOM_ERR_BASE_TOP unless base < top; FATHOM_ERR_NO_SAMPLES if
+ *         n < 1
  */
 FATHOM_API AnalysisStatus Mode(const double* x, int32_t n, double base, double top,
                                int32_t intervals, double* mode);
@@ -767,9 +769,10 @@ FATHOM_API AnalysisStatus Mode(const double* x, int32_t n, double base, double t
 /**
  * Number of samples in each of `intervals` equal intervals between base and top.
  *
- * With width = (top - base) / intervals, interval i takes the samples from base + i width up to, but
- * not including, base + (i + 1) width; the last one also takes those equal to top. Samples outside
- * and NaNs are not counted.
+ * With width = (top - base) / intervals, interval i takes the samples from base + i width up to,
+ * but not including, base + (i + 1) width; the last one also takes those equal to top. Samples
+ * outside and NaNs are not counted.
+ * In place: no; counts, axis and x are three arrays.
  *
  * @param[in] x n samples
  * @param[in] n number of samples, at least 1
@@ -778,7 +781,6 @@ FATHOM_API AnalysisStatus Mode(const double* x, int32_t n, double base, double t
  * @param[out] counts `intervals` counts
  * @param[out] axis `intervals` centres, each the one before plus width
  * @param[in] intervals number of intervals, at least 1
- * In place: no; counts, axis and x are three arrays.
  * @return FATHOM_OK; FATHOM_ERR_BASE_TOP unless base < top; FATHOM_ERR_NO_SAMPLES if n < 1 or
  *         intervals < 1
  */

@@ -44,6 +44,7 @@ FATHOM_INLINE void correctOf(double* x, std::size_t n, const double* correction,
     for (std::size_t r = 0; r < kRegisters; ++r) fathom::load(value[r], x + i + r * kLanes);
     for (std::size_t k = 0; k < corrections; ++k) {
       FATHOM_UNROLL
+      // NOLINTNEXTLINE(modernize-loop-convert): counted, so that it is unrolled
       for (std::size_t r = 0; r < kRegisters; ++r) value[r] += correction[k];
     }
     FATHOM_UNROLL

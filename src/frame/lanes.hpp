@@ -47,6 +47,7 @@ inline constexpr std::size_t kRegisterBytes = 16;
 #define FATHOM_UNROLL _Pragma("GCC unroll 8")
 #endif
 
+// NOLINTBEGIN(bugprone-macro-parentheses): parameter lists and arguments come in parentheses
 #if defined(FATHOM_DISPATCH) && defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
 #define FATHOM_BY_WIDTH(name, parameters, arguments)               \
   __attribute__((target("default"))) void name parameters {        \
@@ -64,5 +65,6 @@ inline constexpr std::size_t kRegisterBytes = 16;
     name##Of<fathom::kRegisterBytes> arguments;      \
   }
 #endif
+// NOLINTEND(bugprone-macro-parentheses)
 
 #endif
