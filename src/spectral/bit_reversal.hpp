@@ -80,6 +80,69 @@ constexpr bool isWholeBlock(std::size_t number) {
   return std::countr_one(number) % 2 == 0;
 }
 
+// For Stages with members whole(v), the stages of eight neighbours that are one block, and
+// split(v), those of two blocks of four. `number` is the blocks' number without its three highest
+// bits, which differ from lane to lane.
+template <typename Stages>
+FATHOM_INLINE void tileStages(Lanes (&v)[kTileSide], std::size_t number, std::size_t middles,
+                              const Stages& stages) {
+  if (number + 1 < middles) {
+    if (isWholeBlock(number)) {
+      stages.whole(v);
+    } else {
+      stages.split(v);
+    }
+    return;
+  }
+  // All ones: the lane's own bits decide.
+  LaneMask whole;
+  Lanes parts[kTileSide];
+  for (std::size_t k = 0; k < kTileSide; ++k) {
+    whole[k] = isWholeBlock(kReversed3[k] * middles + number) ? -1 : 0;
+    parts[k] = v[k];
+  }
+  stages.whole(v);
+  stages.split(parts);
+  for (std::size_t k = 0; k < kTileSide; ++k) v[k] = whole ? v[k] : parts[k];
+}
+
+// One tile on its way from `middle` to `other`, with the stages after the reversal or before.
+template <bool reversalFirst, typename Stages>
+FATHOM_INLINE void loadTile(Lanes (&v)[kTileSide], const double* x, std::size_t rows,
+                            std::size_t middle, std::size_t other, const Stages& stages) {
+  for (std::size_t k = 0; k < kTileSide; ++k) {
+    load(v[k], x + kReversed3[k] * rows + middle * kTileSide);
+  }
+  if (!reversalFirst) transpose(v);
+  tileStages(v, reversalFirst ? other : middle, rows / kTileSide, stages);
+  if (reversalFirst) transpose(v);
+}
+
+FATHOM_INLINE void storeTile(const Lanes (&v)[kTileSide], double* x, std::size_t rows,
+                             std::size_t middle) {
+  for (std::size_t k = 0; k < kTileSide; ++k) {
+    store(x + kReversed3[k] * rows + middle * kTileSide, v[k]);
+  }
+}
+
+// The reversal of n >= 64 elements, together with the stages of spans 2, 4 and 8.
+template <bool reversalFirst, typename Stages>
+FATHOM_INLINE void reverseWithStages(double* x, std::size_t n, const Stages& stages) {
+  const std::size_t rows = n / kTileSide, middles = rows / kTileSide;
+  ReversedCounter reversed(middles);
+  for (std::size_t middle = 0; middle < middles; reversed.advance(++middle)) {
+    const std::size_t other = reversed.value();
+    if (middle > other) continue;
+    Lanes v[kTileSide], held[kTileSide];
+    loadTile<reversalFirst>(v, x, rows, middle, other, stages);
+    if (middle < other) {
+      loadTile<reversalFirst>(held, x, rows, other, middle, stages);
+      storeTile(held, x, rows, middle);
+    }
+    storeTile(v, x, rows, other);
+  }
+}
+
 }  // namespace fathom
 
 #endif

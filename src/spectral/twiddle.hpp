@@ -27,6 +27,8 @@ class TwiddleStore {
     for (std::size_t j = 0; j < count; ++j) angle[j] = 3.0 * angle[j];
     sincos(angle, count, sin3_ + at, cos3_ + at);
   }
+  // An entry whose products are never used.
+  void pad(std::size_t at) { cos1_[at] = sin1_[at] = cos3_[at] = sin3_[at] = 0.0; }
   Twiddles twiddles() const { return {cos1_, sin1_, cos3_, sin3_}; }
 
  private:
