@@ -211,7 +211,8 @@ AnalysisStatus KsrWin(double* x, int32_t n, double beta) {
 AnalysisStatus TriWin(double* x, int32_t n) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   x[0] = 0.0;
-  const double step = 1.0 / (n / 2);  // infinite for n = 1, which has no pairs
+  const int32_t half = n / 2;
+  const double step = 1.0 / half;  // infinite for n = 1, which has no pairs
   walkSymmetric(x, n, [factor = Running(step, step)]() mutable { return factor.next(); });
   return FATHOM_OK;
 }

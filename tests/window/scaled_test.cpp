@@ -48,16 +48,16 @@ TEST(ScaledWindow, PropertiesAreThoseOfTheSamplesAndOfTheLiterature) {
 
 TEST(ScaledWindow, MultipliesByTheReciprocalOfTheGain) {
   const std::vector<double> data = test::uniform(77);
-  std::vector<double> x = data, expected = data;
+  std::vector<double> x(data), expected(data);
   WindowProperties properties;
   ScaledWindow(x.data(), 77, FATHOM_WINDOW_BLACKMAN_HARRIS, &properties);
   BlkHarrisWin(expected.data(), 77);
   for (double& v : expected) v *= 1.0 / 0.42323;
   EXPECT_TRUE(SameBits(x, expected));
   for (int32_t other : {9, -1, INT32_MIN, INT32_MAX}) {
-    x = data;
-    ScaledWindow(x.data(), 77, other, &properties);
-    EXPECT_TRUE(SameBits(x, data)) << other;
+    std::vector<double> same(data);
+    ScaledWindow(same.data(), 77, other, &properties);
+    EXPECT_TRUE(SameBits(same, data)) << other;
     EXPECT_EQ(properties.equivalentNoiseBandwidth, 1.0);
   }
 }
