@@ -1131,11 +1131,85 @@ FATHOM_API AnalysisStatus ScaledWindow(double* x, int32_t n, int32_t window,
 
 /* ---- Transforms (src/spectral/fft.cpp, real_fft.cpp, hartley.cpp) ---------------------------- */
 
+/**
+ * Fourier transform of complex data, in place: X[k] = sum over m of x[m] exp(-i 2 pi k m / n), not
+ * scaled, in natural order.
+ *
+ * Split-radix, decimation in frequency (P. Duhamel and H. Hollmann, "Split radix FFT algorithm",
+ * Electronics Letters, 1984). No memory is allocated.
+ *
+ * @param[in,out] re n real parts
+ * @param[in,out] im n imaginary parts
+ * @param[in] n length, a power of two
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_POWER_OF_TWO if n is not a power of
+ *         two
+ */
 FATHOM_API AnalysisStatus FFT(double* re, double* im, int32_t n);
+
+/**
+ * Inverse of FFT, in place: x[m] = (1/n) sum over k of X[k] exp(+i 2 pi k m / n).
+ *
+ * @param[in,out] re n real parts
+ * @param[in,out] im n imaginary parts
+ * @param[in] n length, a power of two
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_POWER_OF_TWO if n is not a power of
+ *         two
+ */
 FATHOM_API AnalysisStatus InvFFT(double* re, double* im, int32_t n);
+
+/**
+ * Fourier transform of real data, in place: all n bins of X[k] = sum over m of x[m] exp(-i 2 pi k m
+ * / n), of which bin n - k is the conjugate of bin k.
+ *
+ * Split-radix for real data (H. V. Sorensen, D. L. Jones, M. T. Heideman and C. S. Burrus,
+ * "Real-valued fast Fourier transform algorithms", IEEE Transactions on Acoustics, Speech and Signal
+ * Processing, 1987). No memory is allocated.
+ *
+ * @param[in,out] re n samples in, n real parts out
+ * @param[out] im n imaginary parts; never read
+ * @param[in] n length, a power of two
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_POWER_OF_TWO if n is not a power of
+ *         two
+ */
 FATHOM_API AnalysisStatus ReFFT(double* re, double* im, int32_t n);
+
+/**
+ * Inverse of ReFFT, in place, including the factor 1/n: the real samples of a spectrum whose bin
+ * n - k is the conjugate of bin k.
+ *
+ * Only re[0] to re[n/2] and im[n/2 + 1] to im[n - 1] are read. The samples are the inverse Hartley
+ * transform (see InvFHT) of Re X[k] - Im X[k].
+ *
+ * @param[in,out] re n real parts in, n samples out
+ * @param[in] im n imaginary parts, not changed
+ * @param[in] n length, a power of two
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_POWER_OF_TWO if n is not a power of
+ *         two
+ */
 FATHOM_API AnalysisStatus ReInvFFT(double* re, const double* im, int32_t n);
+
+/**
+ * Discrete Hartley transform, in place: H[k] = sum over m of x[m] (cos(2 pi k m / n) + sin(2 pi k m
+ * / n)), not scaled, in natural order.
+ *
+ * Radix 2, decimation in frequency (R. N. Bracewell, "The fast Hartley transform", Proceedings of
+ * the IEEE, 1984). No memory is allocated.
+ *
+ * @param[in,out] x n samples in, n coefficients out
+ * @param[in] n length, a power of two
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_POWER_OF_TWO if n is not a power of
+ *         two
+ */
 FATHOM_API AnalysisStatus FHT(double* x, int32_t n);
+
+/**
+ * Inverse of FHT, in place: the same sum, scaled by 1/n.
+ *
+ * @param[in,out] x n coefficients in, n samples out
+ * @param[in] n length, a power of two
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_POWER_OF_TWO if n is not a power of
+ *         two
+ */
 FATHOM_API AnalysisStatus InvFHT(double* x, int32_t n);
 
 /* ---- Spectra (src/spectral/spectra.cpp) ------------------------------------------------------ */

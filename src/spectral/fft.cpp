@@ -259,6 +259,16 @@ void transform(double* x, double* y, std::size_t n) {
   lastStagesReversed(x, y, n, table.twiddles().from(2));
 }
 
+FATHOM_MULTIVERSION
+void scale(double* x, std::size_t n, double factor) {
+  for (std::size_t i = 0; i < n; ++i) x[i] *= factor;
+}
+
+FATHOM_MULTIVERSION
+void negate(double* x, std::size_t n) {
+  for (std::size_t i = 0; i < n; ++i) x[i] = -x[i];
+}
+
 }  // namespace
 }  // namespace fathom
 
@@ -274,12 +284,11 @@ AnalysisStatus InvFFT(double* re, double* im, int32_t n) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   if ((n & (n - 1)) != 0) return FATHOM_ERR_POWER_OF_TWO;
   if (n == 1) return FATHOM_OK;
+  const auto size = static_cast<std::size_t>(n);
   const double factor = 1.0 / n;
-  for (int32_t i = 0; i < n; ++i) {
-    re[i] *= factor;
-    im[i] *= -factor;
-  }
-  FFT(re, im, n);
-  for (int32_t i = 0; i < n; ++i) im[i] = -im[i];
+  fathom::scale(re, size, factor);
+  fathom::scale(im, size, -factor);
+  fathom::transform(re, im, size);
+  fathom::negate(im, size);
   return FATHOM_OK;
 }
