@@ -13,24 +13,35 @@ namespace {
 
 using fathom::matrixSize;
 
-FATHOM_MULTIVERSION void add(const double* a, const double* b, std::size_t n, double* y) {
+// y[i] = element(i) for every i. Long outputs are brought to a cache line first: a register's store
+// that straddles two of them costs twice.
+template <typename Element>
+FATHOM_INLINE void forEach(std::size_t n, double* y, Element element) {
+  constexpr std::size_t kLine = 64;
+  std::size_t start = 0;
+  if (n >= 256) {
+    const std::size_t past = reinterpret_cast<std::uintptr_t>(y) % kLine;
+    const std::size_t head = (kLine - past) % kLine / sizeof(double);
+    for (; start < head; ++start) y[start] = element(start);
+  }
   FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) y[i] = a[i] + b[i];
+  for (std::size_t i = start; i < n; ++i) y[i] = element(i);
+}
+
+FATHOM_MULTIVERSION void add(const double* a, const double* b, std::size_t n, double* y) {
+  forEach(n, y, [=](std::size_t i) { return a[i] + b[i]; });
 }
 
 FATHOM_MULTIVERSION void subtract(const double* a, const double* b, std::size_t n, double* y) {
-  FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) y[i] = a[i] - b[i];
+  forEach(n, y, [=](std::size_t i) { return a[i] - b[i]; });
 }
 
 FATHOM_MULTIVERSION void multiply(const double* a, const double* b, std::size_t n, double* y) {
-  FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) y[i] = a[i] * b[i];
+  forEach(n, y, [=](std::size_t i) { return a[i] * b[i]; });
 }
 
 FATHOM_MULTIVERSION void divide(const double* a, const double* b, std::size_t n, double* y) {
-  FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) y[i] = a[i] / b[i];
+  forEach(n, y, [=](std::size_t i) { return a[i] / b[i]; });
 }
 
 // False for NaN as well as for zero.
@@ -38,39 +49,50 @@ FATHOM_INLINE bool isDivisor(double b) {
   return fathom::fabs(b) > 0.0;
 }
 
-// Divides up to the first element that is no divisor; returns its index, or n. The divisors of a
-// block are looked at before its quotients are written, which may replace them.
+// Divides up to the first element that is no divisor; returns its index, or n. The quotients of a
+// block wait until all its divisors are known to be fit, since they may replace them.
 FATHOM_MULTIVERSION std::size_t divideChecked(const double* a, const double* b, std::size_t n,
                                               double* y) {
-  constexpr std::size_t kBlock = 128;
+  constexpr std::size_t kBlock = 64;
+  double quotients[kBlock];
   std::size_t start = 0;
-  for (; start + kBlock <= n; start += kBlock) {
+  while (start < n) {
+    const std::size_t length = std::min(kBlock, n - start);
     std::int64_t unfit = 0;
-    for (std::size_t i = start; i < start + kBlock; ++i) unfit |= isDivisor(b[i]) ? 0 : 1;
+    for (std::size_t i = 0; i < length; ++i) {
+      quotients[i] = a[start + i] / b[start + i];
+      unfit |= isDivisor(b[start + i]) ? 0 : 1;
+    }
     if (unfit != 0) break;
-    FATHOM_INDEPENDENT
-    for (std::size_t i = start; i < start + kBlock; ++i) y[i] = a[i] / b[i];
+    std::copy_n(quotients, length, y + start);
+    start += length;
   }
   for (; start < n && isDivisor(b[start]); ++start) y[start] = a[start] / b[start];
   return start;
 }
 
 FATHOM_MULTIVERSION void magnitude(const double* x, std::size_t n, double* y) {
-  FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) y[i] = fathom::fabs(x[i]);
+  forEach(n, y, [=](std::size_t i) { return fathom::fabs(x[i]); });
 }
 
 FATHOM_MULTIVERSION void negate(const double* x, std::size_t n, double* y) {
-  FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) y[i] = -x[i];
+  forEach(n, y, [=](std::size_t i) { return -x[i]; });
 }
 
+// A NaN becomes the lower limit in both forms. The first compares in the direction of the
+// processor's own maximum; the second keeps the sign of a zero that equals its limit.
 FATHOM_MULTIVERSION void clip(const double* x, std::size_t n, double upper, double lower,
                               double* y) {
-  FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) {
-    const double notBelow = x[i] >= lower ? x[i] : lower;  // a NaN becomes the lower limit
-    y[i] = x[i] > upper ? upper : notBelow;
+  if (lower < 0.0 || lower > 0.0) {
+    forEach(n, y, [=](std::size_t i) {
+      const double notBelow = x[i] > lower ? x[i] : lower;
+      return upper < notBelow ? upper : notBelow;
+    });
+  } else {
+    forEach(n, y, [=](std::size_t i) {
+      const double notBelow = x[i] >= lower ? x[i] : lower;
+      return upper < notBelow ? upper : notBelow;
+    });
   }
 }
 
@@ -139,7 +161,9 @@ AnalysisStatus Neg1D(const double* x, int32_t n, double* y) {
 }
 
 AnalysisStatus Clear1D(double* x, int32_t n) {
-  return Set1D(x, n, 0.0);
+  if (n < 1) return FATHOM_ERR_NO_SAMPLES;
+  std::fill_n(x, n, 0.0);
+  return FATHOM_OK;
 }
 
 AnalysisStatus Set1D(double* x, int32_t n, double value) {

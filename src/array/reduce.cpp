@@ -17,37 +17,79 @@ struct Extremes {
   std::size_t minimumAt;
 };
 
-// The scan is defined element by element: a NaN is taken as the minimum, and whatever follows it
-// that is no new maximum replaces it. Blocks in which no element would be taken are passed over.
-FATHOM_MULTIVERSION Extremes findExtremes(const double* x, std::size_t n) {
-  constexpr std::size_t kBlock = 64;
-  Extremes e{x[0], 0, x[0], 0};
-  for (std::size_t start = 0; start < n;) {
-    const std::size_t end = n - start < kBlock ? n : start + kBlock;
-    std::int64_t taken = 0;
-    if (end - start == kBlock) {
-      const double* block = x + start;
-      const double maximum = e.maximum;
-      const double minimum = e.minimum;
-      for (std::size_t i = 0; i < kBlock; ++i) {
-        taken |= (block[i] <= maximum ? 0 : 1) | (block[i] >= minimum ? 0 : 1);
-      }
-    } else {
-      taken = 1;
+// The scan that defines the result: a NaN is taken as the minimum, and whatever follows it that is
+// no new maximum replaces it.
+void scan(const double* x, std::size_t start, std::size_t end, Extremes& e) {
+  for (std::size_t i = start; i < end; ++i) {
+    if (x[i] > e.maximum) {
+      e.maximum = x[i];
+      e.maximumAt = i;
+    } else if (!(x[i] >= e.minimum)) {
+      e.minimum = x[i];
+      e.minimumAt = i;
     }
-    if (taken != 0) {
-      for (std::size_t i = start; i < end; ++i) {
-        if (x[i] > e.maximum) {
-          e.maximum = x[i];
-          e.maximumAt = i;
-        } else if (!(x[i] >= e.minimum)) {
-          e.minimum = x[i];
-          e.minimumAt = i;
-        }
+  }
+}
+
+FATHOM_INLINE std::size_t findFrom(const double* x, std::size_t start, double value) {
+  constexpr std::size_t kBlock = 32;
+  for (;; start += kBlock) {
+    std::int64_t found = 0;
+    for (std::size_t i = start; i < start + kBlock; ++i) found |= x[i] == value ? 1 : 0;
+    if (found != 0) break;
+  }
+  while (x[start] != value) ++start;
+  return start;
+}
+
+// Blocks are searched for their extremes as values, in lanes, and for a place only when one is new.
+// Without a NaN that gives what the scan gives, the sign of a zero included, because the first of
+// equal values is found. A block that holds a NaN, or follows one that is still held, is scanned.
+FATHOM_MULTIVERSION Extremes findExtremes(const double* x, std::size_t n) {
+  constexpr std::size_t kLanes = 32;
+  constexpr std::size_t kBlock = 32 * kLanes;
+  Extremes e{x[0], 0, x[0], 0};
+  std::size_t start = 0;
+  while (n - start >= kLanes) {
+    const std::size_t end = n - start < kBlock ? n - (n - start) % kLanes : start + kBlock;
+    double maxima[kLanes];
+    double minima[kLanes];
+    std::int64_t unordered[kLanes] = {};
+    for (std::size_t j = 0; j < kLanes; ++j) {
+      maxima[j] = e.maximum;
+      minima[j] = e.minimum;
+    }
+    for (std::size_t i = start; i < end; i += kLanes) {
+      for (std::size_t j = 0; j < kLanes; ++j) {
+        const double v = x[i + j];
+        maxima[j] = v > maxima[j] ? v : maxima[j];
+        minima[j] = v < minima[j] ? v : minima[j];
+        unordered[j] |= v == v ? 0 : 1;
+      }
+    }
+    double maximum = e.maximum;
+    double minimum = e.minimum;
+    std::int64_t unfit = maximum == maximum && minimum == minimum ? 0 : 1;
+    for (std::size_t j = 0; j < kLanes; ++j) {
+      maximum = maxima[j] > maximum ? maxima[j] : maximum;
+      minimum = minima[j] < minimum ? minima[j] : minimum;
+      unfit |= unordered[j];
+    }
+    if (unfit != 0) {
+      scan(x, start, end, e);
+    } else {
+      if (maximum > e.maximum) {
+        e.maximumAt = findFrom(x, start, maximum);
+        e.maximum = x[e.maximumAt];
+      }
+      if (minimum < e.minimum) {
+        e.minimumAt = findFrom(x, start, minimum);
+        e.minimum = x[e.minimumAt];
       }
     }
     start = end;
   }
+  scan(x, start, n, e);
   return e;
 }
 

@@ -133,6 +133,18 @@ void sortKeys(double* y, std::size_t n) {
   insertionSort(y, n);
 }
 
+bool isAscending(const double* y, std::size_t n) {
+  std::size_t i = 1;
+  while (i < n && keyAt(y[i - 1]) <= keyAt(y[i])) ++i;
+  return i == n;
+}
+
+bool isDescending(const double* y, std::size_t n) {
+  std::size_t i = 1;
+  while (i < n && keyAt(y[i - 1]) >= keyAt(y[i])) ++i;
+  return i == n;
+}
+
 }  // namespace
 
 AnalysisStatus Copy1D(const double* x, int32_t n, double* y) {
@@ -180,7 +192,11 @@ AnalysisStatus Sort(const double* x, int32_t n, int32_t direction, double* y) {
   const auto count = static_cast<std::size_t>(n);
   const Key toggled = direction == 0 ? 0 : kSign;
   toKeys(x, count, toggled, y);
-  sortKeys(y, count);
+  if (isDescending(y, count)) {
+    reverse(y, count, y);
+  } else if (!isAscending(y, count)) {
+    sortKeys(y, count);
+  }
   toValues(y, count, toggled);
   return FATHOM_OK;
 }
