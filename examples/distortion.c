@@ -87,8 +87,6 @@ typedef struct Measurement {
   double lowest; /* frequency from which distortion plus noise is counted */
 } Measurement;
 
-/* ---- The meter's own signal ---- */
-
 typedef struct Tone {
   double multiple; /* of the fundamental */
   double level;    /* V RMS */
@@ -153,8 +151,6 @@ static bool check(AnalysisStatus status, const char* routine) {
 static double decibels(double power) {
   return 10.0 * log10(power);
 }
-
-/* ---- Options ---- */
 
 static bool parseReal(const char* text, double lowest, double highest, const char* option,
                       const char* unit, double* value) {
@@ -274,8 +270,6 @@ static bool parseOptions(int argc, char** argv, Options* options, bool* help) {
   }
   return true;
 }
-
-/* ---- Input ---- */
 
 /* Keeps the largest power of two of the samples read, or the block that was asked for. */
 static bool takeBlock(const Options* options, int32_t count, int32_t* n) {
@@ -409,8 +403,6 @@ static double ownPower(int32_t h) {
   return 0.0;
 }
 
-/* ---- Measurement ---- */
-
 /*
  * Brings the peak to about 1000, by a power of two that changes no digit, and removes the mean. The
  * fixed thresholds of HarmonicAnalyzer then act alike on a millivolt and on ten volts, and an
@@ -511,78 +503,89 @@ static void judge(Harmonic* value, double noise, double floor) {
 /*
  * PowerFrequencyEstimate sums the whole main lobe of a tone and divides by the window's noise
  * bandwidth: the right power on a bin, midway, and anywhere between. It truncates the search
- * frequency to a bin, hence the half bin that is added. From each sum goes the noise that lies in
- * the band. `work` and `occupied` are scratch.
+ * frequency to a bin, hence the half bin that is added.
  */
-static bool measureTones(const Options* options, const Signal* signal, double* work, bool* occupied,
-                         double fundamental, double enbw, Measurement* m) {
-  const Window* window = options->window;
-  const int32_t half = window->span / 2;
-  const double kurtosis = window->kurtosis;
-  const double floor = pow(10.0, window->floor / 10.0);
-  const char* name = options->file ? options->file : "own signal";
-  double* power = m->power;
-  double centre;
-  double total;
-  double sum;
-  double density;
+static bool tonePower(const Measurement* m, const Window* window, double enbw, double frequency,
+                      double* centre, double* power) {
+  return check(PowerFrequencyEstimate(m->power, m->bins, frequency + 0.5 * m->df, enbw, 0.0, m->df,
+                                      window->span, centre, power),
+               "PowerFrequencyEstimate");
+}
 
+/* Refuses what is no steady tone in reach of the block; then makes its power that of 1. */
+static bool measureFundamental(const Signal* signal, const char* name, const Window* window,
+                               double enbw, double fundamental, Measurement* m) {
+  const int32_t half = window->span / 2;
   const int32_t k1 = nearestBin(fundamental, m->df);
-  if (!check(Sum1D(power, half + 1, &sum), "Sum1D")) return false;
-  if (!check(Sum1D(power, m->bins, &total), "Sum1D")) return false;
-  if (k1 <= window->span || sum > 0.5 * total) {
+  double centre;
+  double power;
+  double lowest;
+  double total;
+  if (!check(Sum1D(m->power, half + 1, &lowest), "Sum1D") ||
+      !check(Sum1D(m->power, m->bins, &total), "Sum1D")) {
+    return false;
+  }
+  if (k1 <= window->span || lowest > 0.5 * total) {
     return complain("%s: the strongest tone lies below %g Hz, too low for a block of %d samples",
                     name, (window->span + 0.5) * m->df, (int)signal->n);
   }
   if (k1 + half >= m->bins) {
     return complain("%s: the strongest tone lies too near half the sampling rate", name);
   }
-  if (!check(PowerFrequencyEstimate(power, m->bins, fundamental + 0.5 * m->df, enbw, 0.0, m->df,
-                                    window->span, &centre, &total),
-             "PowerFrequencyEstimate")) {
-    return false;
-  }
+  if (!tonePower(m, window, enbw, fundamental, &centre, &power)) return false;
   /* A steady tone has its centre of power where its peak is interpolated. */
   if (!(fabs(centre - fundamental) < 0.2 * m->df)) {
     return complain("%s: no steady tone: the strongest is read at %g Hz and at %g Hz", name,
                     fundamental, centre);
   }
-  m->level = sqrt(total) * signal->volts;
-  if (!check(LinEv1D(power, m->bins, 1.0 / total, 0.0, power), "LinEv1D")) return false;
+  m->level = sqrt(power) * signal->volts;
+  m->lowest = (half + 0.5) * m->df;
+  return check(LinEv1D(m->power, m->bins, 1.0 / power, 0.0, m->power), "LinEv1D");
+}
+
+/* `work` and `occupied` are scratch. */
+static bool measureTones(const char* name, const Window* window, int32_t harmonics, double enbw,
+                         double fundamental, double* work, bool* occupied, Measurement* m) {
+  const int32_t half = window->span / 2;
+  const double floor = pow(10.0, window->floor / 10.0);
+  double distortion = 0.0;
+  double scatter = 0.0; /* variances: of the harmonics' powers, and of bands without a tone */
+  double emptyScatter = 0.0;
+  double share = 0.0; /* noise in the fundamental's band */
+  double rest;
 
   memset(occupied, 0, (size_t)m->bins * sizeof *occupied);
   occupy(occupied, m->bins, 0, half);
-  for (m->count = 0; m->count < options->harmonics; ++m->count) {
+  for (m->count = 0; m->count < harmonics; ++m->count) {
     const double frequency = (m->count + 1) * fundamental;
     if (!(frequency / m->df + 0.5 + half < m->bins)) break;
     m->harmonics[m->count].frequency = frequency;
     occupy(occupied, m->bins, nearestBin(frequency, m->df), half);
   }
-
-  double distortion = 0.0;
-  double scatter = 0.0; /* variances: of the harmonics' powers, and of empty bands */
-  double emptyScatter = 0.0;
-  double share = 0.0; /* noise in the fundamental's band */
   for (int32_t h = 0; h < m->count; ++h) {
     Harmonic* harmonic = &m->harmonics[h];
-    if (!noiseFloor(power, occupied, m->bins, nearestBin(harmonic->frequency, m->df), &density) ||
-        !check(PowerFrequencyEstimate(power, m->bins, harmonic->frequency + 0.5 * m->df, enbw, 0.0,
-                                      m->df, window->span, &centre, &harmonic->power),
-               "PowerFrequencyEstimate")) {
+    double density;
+    double centre;
+    if (!noiseFloor(m->power, occupied, m->bins, nearestBin(harmonic->frequency, m->df),
+                    &density) ||
+        !tonePower(m, window, enbw, harmonic->frequency, &centre, &harmonic->power)) {
       return false;
     }
     density /= enbw;
-    const double empty = window->span * kurtosis * density * density;
-    if (h == 0) share = window->span * density;
-    if (h > 0) harmonic->power -= window->span * density;
-    const double variance = empty + 2.0 * density * kurtosis * fmax(harmonic->power, 0.0);
-    harmonic->uncertainty = 2.0 * sqrt(variance);
-    if (h > 0) {
-      distortion += harmonic->power;
-      scatter += variance;
-      emptyScatter += empty;
-      judge(harmonic, sqrt(empty), floor);
+    if (h == 0) {
+      harmonic->power = 1.0; /* by definition, but for rounding */
+      share = window->span * density;
+    } else {
+      harmonic->power -= window->span * density; /* the noise that lies in the band */
     }
+    const double empty = window->span * window->kurtosis * density * density;
+    const double variance = empty + 2.0 * window->kurtosis * density * fmax(harmonic->power, 0.0);
+    harmonic->uncertainty = 2.0 * sqrt(variance);
+    if (h == 0) continue;
+    distortion += harmonic->power;
+    scatter += variance;
+    emptyScatter += empty;
+    judge(harmonic, sqrt(empty), floor);
   }
   m->distortion.power = distortion;
   m->distortion.uncertainty = 2.0 * sqrt(scatter);
@@ -590,19 +593,19 @@ static bool measureTones(const Options* options, const Signal* signal, double* w
 
   /* What is left without the offset and the fundamental; the noise beneath the latter is put back.
      The bands are cleared rather than subtracted: the difference would be lost in rounding. */
-  if (!check(Copy1D(power, m->bins, work), "Copy1D") ||
+  if (!check(Copy1D(m->power, m->bins, work), "Copy1D") ||
       !check(Clear1D(work, half + 1), "Clear1D") ||
-      !check(Clear1D(work + k1 - half, window->span), "Clear1D") ||
-      !check(Sum1D(work, m->bins, &sum), "Sum1D")) {
+      !check(Clear1D(work + nearestBin(fundamental, m->df) - half, window->span), "Clear1D") ||
+      !check(Sum1D(work, m->bins, &rest), "Sum1D")) {
     return false;
   }
-  const double rest = sum / enbw + share;
+  rest = rest / enbw + share;
   const double noise = fmax(rest - distortion, 0.0);
   if (noise > 1.0) return complain("%s: no tone stands out of the noise", name);
   m->distortionPlusNoise.power = rest;
-  m->distortionPlusNoise.uncertainty = 2.0 * sqrt(scatter + noise * noise * kurtosis / m->bins);
+  m->distortionPlusNoise.uncertainty =
+      2.0 * sqrt(scatter + noise * noise * window->kurtosis / m->bins);
   judge(&m->distortionPlusNoise, 0.0, floor);
-  m->lowest = (half + 0.5) * m->df;
   return true;
 }
 
@@ -619,14 +622,14 @@ static bool measure(const Options* options, Signal* signal, Measurement* m) {
       ((work && occupied && m->power) || complain("out of memory")) && normalise(signal, name) &&
       findFundamental(signal, name, work, m->power, &fundamental) &&
       windowedSpectrum(signal, options->window->selector, work, m->power, &m->df, &properties) &&
-      measureTones(options, signal, work, occupied, fundamental,
-                   properties.equivalentNoiseBandwidth, m);
+      measureFundamental(signal, name, options->window, properties.equivalentNoiseBandwidth,
+                         fundamental, m) &&
+      measureTones(name, options->window, options->harmonics, properties.equivalentNoiseBandwidth,
+                   fundamental, work, occupied, m);
   free(work);
   free(occupied);
   return good;
 }
-
-/* ---- Report ---- */
 
 /* Five digits with the prefix that leaves one to three of them before the point. */
 static void formatLevel(double volts, char text[32]) {
@@ -722,8 +725,6 @@ static void printReport(const Options* options, const Signal* signal, const Meas
   }
   putchar('\n');
 }
-
-/* ---- Plot ---- */
 
 /* In a quoted text of gnuplot, nothing but plain characters is safe; the rest goes as octal. */
 static void putQuoted(const char* text, FILE* gnuplot) {
