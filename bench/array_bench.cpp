@@ -123,8 +123,10 @@ void addPlainLoopRows() {
               const Array x = uniform(n, -1.0, 1.0);
               const Array c = uniform(9, -1.0, 1.0);
               const Array y = constant(n, 0.0);
-              return {[=] { return PolyEv1D(x->data(), n, c->data(), 9, y->data()); },
-                      [=] { plainPolynomial(x->data(), n, c->data(), 9, y->data()); }};
+              // The plain loop, as the routine, learns the degree when it is called.
+              const auto m = [c] { return static_cast<std::int32_t>(c->size()); };
+              return {[=] { return PolyEv1D(x->data(), n, c->data(), m(), y->data()); },
+                      [=] { plainPolynomial(x->data(), n, c->data(), m(), y->data()); }};
             }});
   }
   for (const std::int32_t n : kSizes) {
