@@ -1430,16 +1430,17 @@ FATHOM_API AnalysisStatus PowerFrequencyEstimate(const double* spectrum, int32_t
  * @param[in] window 0 to 7, as above
  * @param[in] samplingRate in hertz
  * @param[in] fundamental frequency in hertz; it decides how many harmonics lie below half the
- *            sampling rate (none if it is negative or NaN), not which bin is the fundamental
+ *            sampling rate (none if it is negative or NaN), not which bin is the fundamental,
+ *            unless fftSize is below 4
  * @param[out] amplitudes RMS amplitudes, `harmonics` values
  * @param[out] frequencies in hertz, `harmonics` values
  * @param[out] distortion total harmonic distortion in percent
  * @param[out] distortionPlusNoise total harmonic distortion plus noise in percent
  * @return FATHOM_OK; FATHOM_ERR_SELECTION if window is not 0 to 7; FATHOM_ERR_NO_SAMPLES if n < 1;
- *         FATHOM_ERR_MEMORY; FATHOM_ERR_NO_SAMPLES if no bin that is left is above 0
- *         (silence); FATHOM_ERR_INDEX_LENGTH if a harmonic's bins reach past the spectrum, after
- * the harmonics before it were written. FATHOM_OK, but no result is written, if memory fails at the
- *         second request
+ *         FATHOM_ERR_MEMORY; FATHOM_ERR_NO_SAMPLES if no bin that is left is above 0 (silence);
+ *         FATHOM_ERR_INDEX_LENGTH if a harmonic's bins reach past the spectrum;
+ *         FATHOM_ERR_MEMORY. The last two leave the harmonics before it written. FATHOM_OK, but no
+ *         result is written, if memory fails at the second request
  */
 FATHOM_API AnalysisStatus HarmonicAnalyzer(double* spectrum, int32_t n, int32_t fftSize,
                                            int32_t harmonics, int32_t window, double samplingRate,

@@ -51,7 +51,7 @@ double sinc(double u) {
 // Spectrum of a cosine-sum window of `size` points, `delta` cycles per sample from a tone; at
 // delta = 0 it tends to `size`.
 double kernel(const double* a, std::size_t terms, double size, double delta) {
-  constexpr double kTinyLeft = 1.0842022e-19;
+  constexpr double kTinyLeft = 0x1p-63;
   constexpr double kTinyRight = 1e-19;
   const double bins = size * delta;
   double sum = 0.0;

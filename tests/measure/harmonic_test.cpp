@@ -200,20 +200,13 @@ TEST(Harmonic, FailuresLeaveWhatWasMeasured) {
 
 TEST(Harmonic, RequestsForMemory) {
   std::vector<double> s = comb(128, {{20, 16.0}, {21, 9.0}, {19, 4.0}});
-  int requests = 0;  // a compiler may do without the interpolator's
-  {
-    Analysis a(s, 1);
-    const test::FailingMalloc counting(0);
-    EXPECT_EQ(a.run(1, 80.0), FATHOM_OK);
-    requests = counting.requests();
-  }
-  EXPECT_GE(requests, 2);
-  for (int request = 1; request <= requests; ++request) {
+  for (int request = 1; request <= 5; ++request) {
     Analysis a(s, 1);
     const test::FailingMalloc failing(request);
-    EXPECT_EQ(a.run(1, 80.0), request == 2 ? FATHOM_OK : FATHOM_ERR_MEMORY) << request;
-    EXPECT_TRUE(a.noResults() && a.intact());
-    EXPECT_EQ(a.spectrum.data()[3], 0.0);
+    const bool none = request == 2 || request == 5;  // four are made
+    EXPECT_EQ(a.run(1, 80.0), none ? FATHOM_OK : FATHOM_ERR_MEMORY) << request;
+    EXPECT_EQ(a.noResults(), request < 5);
+    EXPECT_TRUE(a.intact());
   }
 }
 
