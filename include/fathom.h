@@ -1162,8 +1162,8 @@ FATHOM_API AnalysisStatus InvFFT(double* re, double* im, int32_t n);
  * / n), of which bin n - k is the conjugate of bin k.
  *
  * Split-radix for real data (H. V. Sorensen, D. L. Jones, M. T. Heideman and C. S. Burrus,
- * "Real-valued fast Fourier transform algorithms", IEEE Transactions on Acoustics, Speech and Signal
- * Processing, 1987). No memory is allocated.
+ * "Real-valued fast Fourier transform algorithms", IEEE Transactions on Acoustics, Speech and
+ * Signal Processing, 1987). No memory is allocated.
  *
  * @param[in,out] re n samples in, n real parts out
  * @param[out] im n imaginary parts; never read
