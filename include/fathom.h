@@ -574,8 +574,8 @@ FATHOM_API AnalysisStatus LinEv2D(const double* x, int32_t rows, int32_t columns
 /**
  * Polynomial at each element: y[i] = c[0] + c[1] x[i] + ... + c[m - 1] x[i]^(m - 1).
  *
- * Powers are formed by repeated multiplication and terms added from the constant upward; Horner's
- * rule would round differently.
+ * Each power is the one below it times x[i], and the sum runs from c[0] to the highest power, which
+ * rounds otherwise than Horner's scheme.
  * In place: y may be x, but not c.
  *
  * @param[in] x n values
@@ -725,8 +725,8 @@ FATHOM_API AnalysisStatus RMS(const double* x, int32_t n, double* rms);
 /**
  * Central moment: sum of (x[i] - mean)^order, divided by n, in two passes.
  *
- * Powers are formed by repeated multiplication. The time grows with the order until the powers no
- * longer change.
+ * Each deviation is multiplied by itself order - 1 times. The time grows with the order until the
+ * powers no longer change.
  *
  * @param[in] x n samples
  * @param[in] n number of samples, at least 1
@@ -838,8 +838,8 @@ FATHOM_API AnalysisStatus TriangleWave(int32_t n, double amplitude, double frequ
                                        double* y);
 
 /**
- * Sawtooth wave: rises from 0 at phase 0 towards amplitude, jumps to -amplitude at 180 degrees and
- * rises back to 0. The phase is kept as SineWave does.
+ * Sawtooth wave: y[i] = amplitude phase / 180 for a phase, reduced to one cycle, below 180 degrees,
+ * and amplitude (phase / 180 - 2) from there on. The phase is kept as SineWave does.
  *
  * @param[in] n number of samples
  * @param[in] amplitude factor of the shape, of any sign
@@ -864,7 +864,8 @@ FATHOM_API AnalysisStatus SawtoothWave(int32_t n, double amplitude, double frequ
  * @param[in,out] phase degrees: of the first sample on entry, on return that of the sample after
  *     the last, reduced by fmod to [0, 360] (360 only by rounding, from just below zero)
  * @param[in] table one cycle of the shape, length values
- * @param[in] length number of table entries; at or below 0 the shape is 0 throughout
+ * @param[in] length number of table entries; at or below 0 the shape is 0 throughout, and
+ *     with 0 a finite phase comes back as 0
  * @param[in] interpolation a FathomInterpolation; any value but FATHOM_INTERPOLATE_LINEAR takes the
  *     entry at or before the position
  * @param[out] y n samples

@@ -20,8 +20,8 @@ FATHOM_MULTIVERSION void evaluateLine(const double* x, std::size_t n, double a, 
   for (std::size_t i = head; i < n; ++i) y[i] = x[i] * a + b;
 }
 
-// One tile, its powers and sums in registers, for m of at least 2. The terms are added from the
-// constant upward, each power by one more multiplication.
+// One tile, its powers and sums in registers, for m of at least 2. Low powers come first: the order
+// decides the last bits.
 constexpr std::size_t kRegisters = 4;
 
 template <std::size_t bytes>
