@@ -1,11 +1,8 @@
 // Checks of the library as a whole, over the table of routines.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <cstdio>
 #include <fstream>
-#include <iterator>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -19,17 +16,14 @@ namespace {
 
 constexpr std::int32_t kSizes[] = {1, 2, 3, 16, 64};
 
-std::string contents(const std::string& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
+// The last word before the first parenthesis of every line that begins a declaration.
 std::set<std::string> declaredNames() {
-  const std::string header = contents(FATHOM_HEADER);
-  const std::regex declaration(R"(\nFATHOM_API\s[^;(]*?(\w+)\()");
+  std::ifstream header(FATHOM_HEADER);
   std::set<std::string> names;
-  for (std::sregex_iterator it(header.begin(), header.end(), declaration), end; it != end; ++it) {
-    names.insert((*it)[1]);
+  for (std::string line; std::getline(header, line);) {
+    if (!line.starts_with("FATHOM_API ")) continue;
+    const std::string before = line.substr(0, line.find('('));
+    names.insert(before.substr(before.rfind(' ') + 1));
   }
   return names;
 }
@@ -60,11 +54,16 @@ TEST(Library, NeedsTheCLibraryAndItsMathematicsOnly) {
   const std::string dynamic = outputOf("readelf -d " FATHOM_SHARED);
   EXPECT_NE(dynamic.find("Library soname: [libfathom.so.0]"), std::string::npos);
   if (FATHOM_SANITIZED) GTEST_SKIP() << "the checkers' own libraries are needed here";
-  const std::regex needed(R"(NEEDED.*\[(.*)\])");
-  for (std::sregex_iterator it(dynamic.begin(), dynamic.end(), needed), end; it != end; ++it) {
-    const std::string name = (*it)[1];
-    EXPECT_TRUE(name == "libc.so.6" || name == "libm.so.6" || name.starts_with("ld-linux")) << name;
+  std::istringstream lines(dynamic);
+  int needed = 0;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.find("(NEEDED)") == std::string::npos) continue;
+    ++needed;
+    const std::string name = line.substr(line.find('[') + 1);
+    EXPECT_TRUE(name == "libc.so.6]" || name == "libm.so.6]" || name.starts_with("ld-linux"))
+        << name;
   }
+  EXPECT_GT(needed, 0);
 }
 
 // Bad counts: the stated status, and nothing written.
