@@ -124,11 +124,11 @@ TEST(Calculus, DecimatesOutOfPlaceAndInPlace) {
     for (int32_t factor = 1; factor <= n; ++factor) {
       const int32_t outputs = (n + factor - 1) / factor;
       // Storage up to the next multiple of the factor, which the last mean reads.
-      const std::vector<double> x = test::uniform(static_cast<std::size_t>(outputs * factor));
+      const std::vector<double> x = test::uniform(std::size_t{1} * outputs * factor);
       for (int32_t averaging : {0, 1, -5}) {
         std::vector<double> expected;
         for (int32_t k = 0; k < outputs; ++k) {
-          double mean = x[static_cast<std::size_t>(k * factor)];
+          double mean = x[std::size_t{1} * k * factor];
           if (averaging != 0) Mean(x.data() + k * factor, factor, &mean);
           expected.push_back(mean);
         }

@@ -34,9 +34,9 @@ TEST_F(Module, RunsTheLastAddedFirstAndEachOnce) {
 }
 
 TEST_F(Module, HoldsThirtyTwoFromAnyThread) {
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([] {
+  std::thread threads[4];
+  for (std::thread& thread : threads) {
+    thread = std::thread([] {
       for (int i = 0; i < 8; ++i) addExitFunction([] { calls.push_back(0); });
     });
   }

@@ -1,5 +1,5 @@
 /* Loads and unloads the library 1,000 times: nothing may be left behind. */
-#define _GNU_SOURCE
+#define _GNU_SOURCE /* NOLINT(bugprone-reserved-identifier): dlopen, mallinfo2 */
 #include <dlfcn.h>
 #include <malloc.h>
 #include <stdio.h>

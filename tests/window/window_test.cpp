@@ -176,7 +176,8 @@ TEST(Window, KaiserEqualsThePlainLoopAndThePublishedBesselFunction) {
 
 TEST(Window, TriangleAndExponentialEqualThePlainLoop) {
   compare("TriWin", TriWin, [](Samples& x) {
-    const double step = 1.0 / static_cast<double>(x.size() / 2);
+    const std::size_t half = x.size() / 2;
+    const double step = 1.0 / static_cast<double>(half);
     double factor = 0.0;
     x[0] = 0.0;
     multiplyPairs(x, [&](std::size_t) { return factor += step; });
