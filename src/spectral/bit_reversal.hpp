@@ -10,8 +10,8 @@
 
 #include <bit>
 #include <cstddef>
-#include <cstring>
 
+#include "frame/lanes.hpp"
 #include "frame/multiversion.hpp"
 
 namespace fathom {
@@ -20,23 +20,16 @@ inline constexpr std::size_t kTileSide = 8;
 inline constexpr std::size_t kReversed3[kTileSide] = {0, 4, 2, 6, 1, 5, 3, 7};
 
 // Eight lanes, whatever the width of the processor's registers.
-typedef double Lanes __attribute__((vector_size(kTileSide * sizeof(double))));
+using EightLanes = Lanes<kTileSide * sizeof(double)>;
 typedef long long LaneMask __attribute__((vector_size(kTileSide * sizeof(double))));
 
-FATHOM_INLINE void load(Lanes& v, const double* x) {
-  std::memcpy(&v, x, sizeof v);
-}
-FATHOM_INLINE void store(double* x, const Lanes& v) {
-  std::memcpy(x, &v, sizeof v);
-}
-
-FATHOM_INLINE void transpose(Lanes (&v)[kTileSide]) {
-  Lanes a[kTileSide];
+FATHOM_INLINE void transpose(EightLanes (&v)[kTileSide]) {
+  EightLanes a[kTileSide];
   for (int i = 0; i < 8; i += 2) {
     a[i] = __builtin_shufflevector(v[i], v[i + 1], 0, 8, 2, 10, 4, 12, 6, 14);
     a[i + 1] = __builtin_shufflevector(v[i], v[i + 1], 1, 9, 3, 11, 5, 13, 7, 15);
   }
-  Lanes b[kTileSide];
+  EightLanes b[kTileSide];
   for (int i = 0; i < 8; i += 4) {
     for (int k = 0; k < 2; ++k) {
       b[i + k] = __builtin_shufflevector(a[i + k], a[i + k + 2], 0, 1, 8, 9, 4, 5, 12, 13);
@@ -84,7 +77,7 @@ constexpr bool isWholeBlock(std::size_t number) {
 // split(v), those of two blocks of four. `number` is the blocks' number without its three highest
 // bits, which differ from lane to lane.
 template <typename Stages>
-FATHOM_INLINE void tileStages(Lanes (&v)[kTileSide], std::size_t number, std::size_t middles,
+FATHOM_INLINE void tileStages(EightLanes (&v)[kTileSide], std::size_t number, std::size_t middles,
                               const Stages& stages) {
   if (number + 1 < middles) {
     if (isWholeBlock(number)) {
@@ -96,7 +89,7 @@ FATHOM_INLINE void tileStages(Lanes (&v)[kTileSide], std::size_t number, std::si
   }
   // All ones: the lane's own bits decide.
   LaneMask whole;
-  Lanes parts[kTileSide];
+  EightLanes parts[kTileSide];
   for (std::size_t k = 0; k < kTileSide; ++k) {
     whole[k] = isWholeBlock(kReversed3[k] * middles + number) ? -1 : 0;
     parts[k] = v[k];
@@ -108,7 +101,7 @@ FATHOM_INLINE void tileStages(Lanes (&v)[kTileSide], std::size_t number, std::si
 
 // One tile on its way from `middle` to `other`, with the stages after the reversal or before.
 template <bool reversalFirst, typename Stages>
-FATHOM_INLINE void loadTile(Lanes (&v)[kTileSide], const double* x, std::size_t rows,
+FATHOM_INLINE void loadTile(EightLanes (&v)[kTileSide], const double* x, std::size_t rows,
                             std::size_t middle, std::size_t other, const Stages& stages) {
   for (std::size_t k = 0; k < kTileSide; ++k) {
     load(v[k], x + kReversed3[k] * rows + middle * kTileSide);
@@ -118,7 +111,7 @@ FATHOM_INLINE void loadTile(Lanes (&v)[kTileSide], const double* x, std::size_t 
   if (reversalFirst) transpose(v);
 }
 
-FATHOM_INLINE void storeTile(const Lanes (&v)[kTileSide], double* x, std::size_t rows,
+FATHOM_INLINE void storeTile(const EightLanes (&v)[kTileSide], double* x, std::size_t rows,
                              std::size_t middle) {
   for (std::size_t k = 0; k < kTileSide; ++k) {
     store(x + kReversed3[k] * rows + middle * kTileSide, v[k]);
@@ -133,7 +126,7 @@ FATHOM_INLINE void reverseWithStages(double* x, std::size_t n, const Stages& sta
   for (std::size_t middle = 0; middle < middles; reversed.advance(++middle)) {
     const std::size_t other = reversed.value();
     if (middle > other) continue;
-    Lanes v[kTileSide], held[kTileSide];
+    EightLanes v[kTileSide], held[kTileSide];
     loadTile<reversalFirst>(v, x, rows, middle, other, stages);
     if (middle < other) {
       loadTile<reversalFirst>(held, x, rows, other, middle, stages);

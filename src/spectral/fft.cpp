@@ -84,14 +84,14 @@ void blockStages(double* x, double* y, std::size_t start, std::size_t n, const T
 }
 
 struct ComplexLanes {
-  Lanes re[kTileSide];
-  Lanes im[kTileSide];
+  EightLanes re[kTileSide];
+  EightLanes im[kTileSide];
 };
 
 // The butterfly of j = 0 on elements i0 .. i3.
 FATHOM_INLINE void butterfly(ComplexLanes& z, int i0, int i1, int i2, int i3) {
-  const Lanes rx = z.re[i0] - z.re[i2], sx = z.re[i1] - z.re[i3];
-  const Lanes ry = z.im[i0] - z.im[i2], sy = z.im[i1] - z.im[i3];
+  const EightLanes rx = z.re[i0] - z.re[i2], sx = z.re[i1] - z.re[i3];
+  const EightLanes ry = z.im[i0] - z.im[i2], sy = z.im[i1] - z.im[i3];
   z.re[i0] += z.re[i2];
   z.re[i1] += z.re[i3];
   z.im[i0] += z.im[i2];
@@ -102,14 +102,14 @@ FATHOM_INLINE void butterfly(ComplexLanes& z, int i0, int i1, int i2, int i3) {
   z.im[i3] = ry + sx;
 }
 
-FATHOM_INLINE void rotate(Lanes& re, Lanes& im, double c, double s) {
-  const Lanes x = re;
+FATHOM_INLINE void rotate(EightLanes& re, EightLanes& im, double c, double s) {
+  const EightLanes x = re;
   re = x * c + im * s;
   im = im * c - x * s;
 }
 
-FATHOM_INLINE void lengthTwo(Lanes& a, Lanes& b) {
-  const Lanes t = a;
+FATHOM_INLINE void lengthTwo(EightLanes& a, EightLanes& b) {
+  const EightLanes t = a;
   a = t + b;
   b = t - b;
 }

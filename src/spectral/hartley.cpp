@@ -89,7 +89,7 @@ void blockStages(double* x, std::size_t n, const double* c, const double* s) {
 struct LastStages {
   double c, s;
 
-  FATHOM_INLINE void whole(Lanes (&v)[kTileSide]) const {
+  FATHOM_INLINE void whole(EightLanes (&v)[kTileSide]) const {
     for (int i = 0; i < 4; ++i) lengthTwo(v[i], v[i + 4]);
     rotate(v[5], v[7], c, s);
     for (int i : {0, 4}) {
@@ -99,7 +99,7 @@ struct LastStages {
       lengthTwo(v[i + 2], v[i + 3]);
     }
   }
-  FATHOM_INLINE void split(Lanes (&v)[kTileSide]) const { whole(v); }
+  FATHOM_INLINE void split(EightLanes (&v)[kTileSide]) const { whole(v); }
 };
 
 FATHOM_MULTIVERSION

@@ -229,13 +229,13 @@ FATHOM_INLINE void lengthTwo(T& a, T& b) {
 
 // The stages within a tile, first to last or last to first.
 struct ForwardStages {
-  FATHOM_INLINE void whole(Lanes (&v)[kTileSide]) const {
+  FATHOM_INLINE void whole(EightLanes (&v)[kTileSide]) const {
     for (int i : {0, 4, 6}) lengthTwo(v[i], v[i + 1]);
     Forward::first(v[0], v[1], v[2], v[3]);
     Forward::first(v[0], v[2], v[4], v[6]);
     Forward::eighth(v[1], v[3], v[5], v[7]);
   }
-  FATHOM_INLINE void split(Lanes (&v)[kTileSide]) const {
+  FATHOM_INLINE void split(EightLanes (&v)[kTileSide]) const {
     for (int i : {0, 4}) {
       lengthTwo(v[i], v[i + 1]);
       Forward::first(v[i], v[i + 1], v[i + 2], v[i + 3]);
@@ -244,13 +244,13 @@ struct ForwardStages {
 };
 
 struct InverseStages {
-  FATHOM_INLINE void whole(Lanes (&v)[kTileSide]) const {
+  FATHOM_INLINE void whole(EightLanes (&v)[kTileSide]) const {
     Inverse::first(v[0], v[2], v[4], v[6]);
     Inverse::eighth(v[1], v[3], v[5], v[7]);
     Inverse::first(v[0], v[1], v[2], v[3]);
     for (int i : {0, 4, 6}) lengthTwo(v[i], v[i + 1]);
   }
-  FATHOM_INLINE void split(Lanes (&v)[kTileSide]) const {
+  FATHOM_INLINE void split(EightLanes (&v)[kTileSide]) const {
     for (int i : {0, 4}) {
       Inverse::first(v[i], v[i + 1], v[i + 2], v[i + 3]);
       lengthTwo(v[i], v[i + 1]);
