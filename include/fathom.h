@@ -541,6 +541,10 @@ FATHOM_API AnalysisStatus Sum2D(const double* x, int32_t rows, int32_t columns, 
  */
 FATHOM_API AnalysisStatus Prod1D(const double* x, int32_t n, double* product);
 
+/* ---- Complex scalars (src/array/complex_scalar.cpp) ----------------------------------------- */
+
+/* ---- Complex arrays (src/array/complex_array.cpp) ------------------------------------------- */
+
 /* ---- Evaluation (src/array/evaluate.cpp) ----------------------------------------------------- */
 
 /**
@@ -787,6 +791,12 @@ FATHOM_API AnalysisStatus Mode(const double* x, int32_t n, double base, double t
 FATHOM_API AnalysisStatus Histogram(const double* x, int32_t n, double base, double top,
                                     int32_t* counts, double* axis, int32_t intervals);
 
+/* ---- Probability distributions (src/stats/distribution.cpp) --------------------------------- */
+
+/* ---- Analysis of variance (src/stats/anova.cpp) --------------------------------------------- */
+
+/* ---- Contingency tables (src/stats/contingency.cpp) ----------------------------------------- */
+
 /* ---- Periodic waveforms (src/generate/waveform.cpp) ------------------------------------------ */
 
 /**
@@ -964,6 +974,8 @@ FATHOM_API AnalysisStatus Chirp(int32_t n, double amplitude, double f1, double f
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_INTERVAL unless dt > 0
  */
 FATHOM_API AnalysisStatus Sinc(int32_t n, double amplitude, double delay, double dt, double* y);
+
+/* ---- Noise (src/generate/noise.cpp) --------------------------------------------------------- */
 
 /* ---- Time-domain windows (src/window/window.cpp) --------------------------------------------- */
 
@@ -1364,6 +1376,10 @@ FATHOM_API AnalysisStatus NetworkFunctions(const double* stimulus, const double*
                                            double* magnitude, double* phase, double* coherence,
                                            double* impulse, double* df);
 
+/* ---- Convolution and correlation (src/spectral/convolve.cpp, deconvolve.cpp) ---------------- */
+
+/* ---- Units of spectra (src/spectral/units.cpp) ---------------------------------------------- */
+
 /* ---- Power, frequency and harmonics (src/measure/power_frequency.cpp, harmonic.cpp) ---------- */
 
 /**
@@ -1448,6 +1464,26 @@ FATHOM_API AnalysisStatus HarmonicAnalyzer(double* spectrum, int32_t n, int32_t 
                                            double fundamental, double* amplitudes,
                                            double* frequencies, double* distortion,
                                            double* distortionPlusNoise);
+
+/* ---- Pulse parameters, AC and DC (src/measure/pulse.cpp, acdc.cpp) -------------------------- */
+
+/* ---- Peak detection (src/measure/peaks.cpp) ------------------------------------------------- */
+
+/* ---- IIR filters: record and filtering (src/filter/iir/record.cpp, cascade.cpp, direct.cpp) - */
+
+/* ---- IIR filters: Butterworth (src/filter/iir/butterworth.cpp) ------------------------------ */
+
+/* ---- IIR filters: Chebyshev (src/filter/iir/chebyshev.cpp) ---------------------------------- */
+
+/* ---- IIR filters: inverse Chebyshev (src/filter/iir/inverse_chebyshev.cpp) ------------------ */
+
+/* ---- IIR filters: elliptic (src/filter/iir/elliptic.cpp) ------------------------------------ */
+
+/* ---- IIR filters: Bessel (src/filter/iir/bessel.cpp) ---------------------------------------- */
+
+/* ---- FIR filters: windowed designs (src/filter/fir/windowed.cpp) ---------------------------- */
+
+/* ---- FIR filters: equiripple designs (src/filter/fir/equiripple.cpp) ------------------------ */
 
 #ifdef __cplusplus
 }

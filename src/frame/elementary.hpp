@@ -52,14 +52,29 @@ inline double sin(double x) {
 inline double cos(double x) {
   return std::cos(x);
 }
+inline double tan(double x) {
+  return std::tan(x);
+}
+inline double atan(double x) {
+  return std::atan(x);
+}
 inline double atan2(double y, double x) {
   return std::atan2(y, x);
+}
+inline double acos(double x) {
+  return std::acos(x);
 }
 inline double exp(double x) {
   return std::exp(x);
 }
 inline double log(double x) {
   return std::log(x);
+}
+inline double log10(double x) {
+  return std::log10(x);
+}
+inline double pow(double x, double y) {
+  return std::pow(x, y);
 }
 
 // Both at once, with the bits of sin and cos.
