@@ -117,6 +117,28 @@ enum FathomWindow {
   FATHOM_WINDOW_SEVEN_TERM_BLACKMAN_HARRIS = 8
 };
 
+/** What SpectrumUnitConversion is given. Any other value is FATHOM_SPECTRUM_AMPLITUDE. */
+enum FathomSpectrumKind {
+  FATHOM_SPECTRUM_POWER = 0,     /**< mean squares, as from AutoPowerSpectrum */
+  FATHOM_SPECTRUM_AMPLITUDE = 1, /**< RMS amplitudes, as from AmpPhaseSpectrum */
+  FATHOM_SPECTRUM_MAGNITUDE = 2  /**< ratios, as from TransferFunction, that have no unit */
+};
+
+/** Scale of SpectrumUnitConversion. */
+enum FathomScale {
+  FATHOM_SCALE_LINEAR = 0,
+  FATHOM_SCALE_DB = 1, /**< decibels relative to one base unit */
+  FATHOM_SCALE_DBM = 2 /**< decibels relative to 0.78 base units, about 1 mW in 600 ohm for volts */
+};
+
+/** Unit of SpectrumUnitConversion: a sum of these, 0 to 7. */
+enum FathomUnit {
+  FATHOM_UNIT_RMS = 0,    /**< RMS amplitude */
+  FATHOM_UNIT_PEAK = 1,   /**< of peaks instead of RMS values */
+  FATHOM_UNIT_POWER = 2,  /**< power, the square, instead of amplitude */
+  FATHOM_UNIT_DENSITY = 4 /**< per hertz, or per root hertz */
+};
+
 /** What ScaledWindow reports of the window that it applied. */
 typedef struct WindowProperties {
   double equivalentNoiseBandwidth; /**< in frequency bins */
@@ -1380,6 +1402,48 @@ FATHOM_API AnalysisStatus NetworkFunctions(const double* stimulus, const double*
 
 /* ---- Units of spectra (src/spectral/units.cpp) ---------------------------------------------- */
 
+/**
+ * A one-sided spectrum in the unit in which it is to be shown, and the label of that unit.
+ *
+ * The values become powers p (amplitudes are squared), p / (noiseBandwidth df) for a density, and
+ * twice that in all bins but bin 0 for peaks; then sqrt|p| for an amplitude on the linear scale,
+ * 10 log10|p| on the dB scale and 10 log10(1.6436554898093358 |p|) on the dBm scale, where peaks
+ * are as RMS. A scale that is none of the three leaves p. Magnitudes are not touched by the unit:
+ * the linear scale keeps them, any other takes 20 log10|value|. On a logarithmic scale zero is
+ * minus infinity. In place: `converted` may be `spectrum`.
+ *
+ * The label is the base unit's text between "dB", on the dB scale, and one of these:
+ *
+ *     unit                  linear, other    dB
+ *     0, 1   amplitude      rms, pk          rms, pk
+ *     2, 3   power          rms^2, pk^2      rms, pk
+ *     4, 5   its density    rms/rtHz, pk/rtHz
+ *     6, 7   its density    rms^2/Hz, pk^2/Hz
+ *
+ * So V becomes Vrms, dBVrms or Vpk^2/Hz. The label of the dBm scale is "dBm"; that of magnitudes is
+ * empty on the linear scale and otherwise "dB": the base unit is dropped.
+ *
+ * @param[in] spectrum n values
+ * @param[in] n number of bins, at least 1
+ * @param[in] kind a FathomSpectrumKind
+ * @param[in] scale a FathomScale
+ * @param[in] unit a sum of FathomUnit; outside 0 to 7 its lowest three bits count, and the label
+ *            gets no suffix
+ * @param[in] noiseBandwidth of the window that was applied, in bins: 1 for none, 1.5 for HanWin;
+ * not checked, as df
+ * @param[in] df spacing of the bins in hertz
+ * @param[in] reserved not used
+ * @param[out] converted n values
+ * @param[in,out] label NUL-terminated text of the base unit in, label out; room for 11 characters
+ *                more than the text has, its terminator included
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_MEMORY, with the values converted
+ *         but the label as it was
+ */
+FATHOM_API AnalysisStatus SpectrumUnitConversion(const double* spectrum, int32_t n, int32_t kind,
+                                                 int32_t scale, int32_t unit, double noiseBandwidth,
+                                                 double df, double reserved, double* converted,
+                                                 char* label);
+
 /* ---- Power, frequency and harmonics (src/measure/power_frequency.cpp, harmonic.cpp) ---------- */
 
 /**
@@ -1466,6 +1530,63 @@ FATHOM_API AnalysisStatus HarmonicAnalyzer(double* spectrum, int32_t n, int32_t 
                                            double* distortionPlusNoise);
 
 /* ---- Pulse parameters, AC and DC (src/measure/pulse.cpp, acdc.cpp) -------------------------- */
+
+/**
+ * Levels, times and slew rate of the first positive pulse of a record. Times are in samples.
+ *
+ * Base and top are the levels at which the samples gather: between the smallest and the largest
+ * sample lie 25 intervals of Histogram; the centre of the fullest of the lower 12 is the base and
+ * that of the fullest of the upper 12 is the top, of equally full ones the outermost. Crossings are
+ * looked for at 0.1, 0.5 and 0.9 of the step from base to top, from the first sample on; one that
+ * is not found is at n, and measures up to n are no failure.
+ *
+ * A NaN is no extreme and is in no interval, but ends the search for a crossing where it stands. If
+ * all samples are equal, or the first is a NaN, base and top are the first sample.
+ *
+ * IEEE Std 181-1977, Standard on Pulse Measurement and Analysis by Objective Techniques.
+ *
+ * @param[in] x n samples
+ * @param[in] n number of samples, at least 1
+ * @param[out] amplitude top - base
+ * @param[out] highReference 0.9 amplitude; this and the next two are heights above the base
+ * @param[out] middleReference 0.5 amplitude
+ * @param[out] lowReference 0.1 amplitude
+ * @param[out] top in the unit of x
+ * @param[out] base in the unit of x
+ * @param[out] overshoot largest sample - top
+ * @param[out] preshoot base - smallest sample
+ * @param[out] delay index of the first sample not below the middle level
+ * @param[out] width samples from there to the next one not above the middle level
+ * @param[out] riseTime samples from the last one below the low level, or the first sample if there
+ *             is none, to the first not below the high level
+ * @param[out] fallTime samples from the last one above the high level to the first not above the
+ * low level
+ * @param[out] slewRate (highReference - lowReference) / riseTime per sample; 1e30 for a rise time
+ *             of 0
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
+FATHOM_API AnalysisStatus PulseParam(const double* x, int32_t n, double* amplitude,
+                                     double* highReference, double* middleReference,
+                                     double* lowReference, double* top, double* base,
+                                     double* overshoot, double* preshoot, int32_t* delay,
+                                     int32_t* width, int32_t* riseTime, int32_t* fallTime,
+                                     double* slewRate);
+
+/**
+ * DC level and RMS level of the AC part of a record that need not hold whole periods: with d the
+ * mean, and m and v the mean and variance of (x[i] - d) sin(pi i / n)^2, dc = d + 2 m and
+ * ac = sqrt((v - m^2 / 2) 8 / 3).
+ *
+ * The root is of a rounding error where there is no AC, and NaN where that is below zero: a
+ * constant's AC may be either. At least two periods should be in the record.
+ *
+ * @param[in] x n samples
+ * @param[in] n number of samples, at least 1
+ * @param[out] ac RMS level of the AC part, in the unit of x
+ * @param[out] dc DC level, in the unit of x
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_MEMORY
+ */
+FATHOM_API AnalysisStatus ACDCEstimator(const double* x, int32_t n, double* ac, double* dc);
 
 /* ---- Peak detection (src/measure/peaks.cpp) ------------------------------------------------- */
 

@@ -23,9 +23,12 @@ struct ExtendedConstant {
   int exponent;
 };
 
-// 1 / n to 64 bits, for n that is no power of two.
-constexpr ExtendedConstant extendedReciprocal(std::uint32_t n) {
-  // Long division of 2^shift by n, with shift chosen so that the quotient has 64 bits.
+// 1 / x to 64 bits, for x > 0 that is no power of two.
+constexpr ExtendedConstant extendedReciprocal(double x) {
+  // x = n 2^exponent; long division of 2^shift by n, until the quotient has 64 bits.
+  const auto bits = std::bit_cast<std::uint64_t>(x);
+  const std::uint64_t n = (bits & ((std::uint64_t{1} << 52) - 1)) | (std::uint64_t{1} << 52);
+  const int exponent = static_cast<int>(bits >> 52) - 1075;
   std::uint64_t quotient = 0;
   std::uint64_t remainder = 1;
   int shift = 0;
@@ -39,7 +42,7 @@ constexpr ExtendedConstant extendedReciprocal(std::uint32_t n) {
     ++shift;
   }
   if (2 * remainder > n) ++quotient;
-  return {quotient, -shift};
+  return {quotient, -shift - exponent};
 }
 
 // The extended product in integer arithmetic: sign, 64-bit mantissa, unlimited exponent.

@@ -45,6 +45,8 @@ TEST(Extended, ReciprocalsAreRoundedToSixtyFourBits) {
   EXPECT_EQ(extendedReciprocal(6).exponent, -66);
   EXPECT_EQ(extendedReciprocal(360).mantissa, 0xB60B60B60B60B60Bu);
   EXPECT_EQ(extendedReciprocal(360).exponent, -72);
+  EXPECT_EQ(extendedReciprocal(0.375).mantissa, 0xAAAAAAAAAAAAAAABu);
+  EXPECT_EQ(extendedReciprocal(0.375).exponent, -62);
 }
 
 // One sixth of a double: the 64-bit constant makes it right where the double 1/6 does not.

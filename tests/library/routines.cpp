@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstring>
 
 #include "support/signals.hpp"
 
@@ -14,6 +15,9 @@ constexpr Argument in() {
 }
 constexpr Argument inOut() {
   return {Role::kInOut};
+}
+constexpr Argument text() {
+  return {Role::kText};
 }
 constexpr Argument out() {
   return {Role::kOutput};
@@ -69,6 +73,14 @@ Routine harmonicAnalyzer() {
                           out(), out(), out(), out()});
   r.failedRequests = {FATHOM_ERR_MEMORY, FATHOM_OK};  // the second is let pass, with no outputs
   r.writesBeforeFailure = true;                       // the lowest bins and earlier harmonics
+  return r;
+}
+
+Routine spectrumUnitConversion() {
+  Routine r = elementary("SpectrumUnitConversion", SpectrumUnitConversion,
+                         {in(), count(), choice(1), choice(1), choice(7), real(1.5), real(0.3),
+                          real(0), out(), text()});
+  r.writesBeforeFailure = true;  // the values, not the label
   return r;
 }
 
@@ -181,10 +193,16 @@ const std::vector<Routine>& routines() {
       ELEMENTARY(ImpulseResponse, in(), in(), count(), out()),
       ELEMENTARY(NetworkFunctions, in(), in(), count(), fixedCount(3), real(0.001), out(), out(),
                  out(), out(), out(), out(), out()),
+      // spectral/units
+      spectrumUnitConversion(),
       // measure
       ROUTINE(PowerFrequencyEstimate, in(), count(), real(11), real(1.5), real(0), real(2),
               choice(7), out(), out()),
       harmonicAnalyzer(),
+      // measure/pulse, acdc
+      ROUTINE(PulseParam, in(), count(), out(), out(), out(), out(), out(), out(), out(), out(),
+              out(), out(), out(), out(), out()),
+      ELEMENTARY(ACDCEstimator, in(), count(), out(), out()),
   };
   return table;
 }
@@ -204,6 +222,7 @@ Slots prepare(const Routine& r, std::int32_t size, std::uint64_t seed) {
     s.reals.assign(capacity + 2 * Slot::kGuard, Slot::kFill);
     s.integers.assign(capacity + 2 * Slot::kGuard, Slot::kIntegerFill);
     if (a.role == Role::kOutput) continue;
+    if (a.role == Role::kText) std::memcpy(s.integers.data() + Slot::kGuard, "V", 2);
     const std::vector<double> data = uniform(capacity, seed + 1000 * i);
     std::copy(data.begin(), data.end(), s.reals.begin() + Slot::kGuard);
   }

@@ -19,6 +19,7 @@ namespace fathom::test {
 enum class Role {
   kInput,   // array that is read
   kInOut,   // array, or variable, that is read and written
+  kText,    // buffer of text that is read and written
   kOutput,  // array, or variable, that is written
   kCount,   // element count: takes the size of the run, or a fixed one; checked from below
   kChoice,  // integer that may take any value at all
@@ -53,6 +54,8 @@ struct Slot {
       return integer;
     } else if constexpr (std::is_same_v<P, std::int32_t*>) {
       return integers.data() + kGuard;
+    } else if constexpr (std::is_same_v<P, char*>) {
+      return reinterpret_cast<char*>(integers.data() + kGuard);
     } else if constexpr (std::is_same_v<P, WindowProperties*>) {
       return reinterpret_cast<WindowProperties*>(reals.data() + kGuard);
     } else {
