@@ -139,6 +139,40 @@ enum FathomUnit {
   FATHOM_UNIT_DENSITY = 4 /**< per hertz, or per root hertz */
 };
 
+/** Band types of filters. */
+enum FathomBand {
+  FATHOM_LOWPASS = 0,
+  FATHOM_HIGHPASS = 1,
+  FATHOM_BANDPASS = 2,
+  FATHOM_BANDSTOP = 3
+};
+
+/**
+ * An IIR filter as a cascade of sections, with its delay state: one heap block that
+ * AllocIIRFilterPtr makes, one of the ..._CascadeCoef routines fills, IIRCascadeFiltering runs data
+ * through, and FreeIIRFilterPtr releases.
+ *
+ * There are (order + 1) / 2 sections, rounded down, of width m: 2 for lowpass and highpass, 4 for
+ * bandpass and bandstop filters. Section s has the transfer function
+ * (b0 + b1 z^-1 + ... + bm z^-m) / (1 + a1 z^-1 + ... + am z^-m), with a1 .. am from a[s m] on and
+ * b0 .. bm from b[s (m + 1)] on. Its internal values, delayed by 1 .. m samples, are from
+ * state[s m] on.
+ */
+typedef struct IIRFilter {
+  int32_t type;       /**< a FathomBand */
+  int32_t order;      /**< of the lowpass prototype, at least 1 */
+  int32_t reset;      /**< nonzero: the state is cleared before the next samples */
+  int32_t na;         /**< number of feedback coefficients, sections x m */
+  double* a;          /**< feedback coefficients, without the leading 1 of each section */
+  int32_t nb;         /**< number of feed-forward coefficients, sections x (m + 1) */
+  double* b;          /**< feed-forward coefficients */
+  int32_t stateCount; /**< number of state entries, sections x m */
+  double* state;      /**< the delayed values */
+} IIRFilter;
+
+/** Handle of an IIRFilter. */
+typedef IIRFilter* IIRFilterPtr;
+
 /** What ScaledWindow reports of the window that it applied. */
 typedef struct WindowProperties {
   double equivalentNoiseBandwidth; /**< in frequency bins */
@@ -565,7 +599,262 @@ FATHOM_API AnalysisStatus Prod1D(const double* x, int32_t n, double* product);
 
 /* ---- Complex scalars (src/array/complex_scalar.cpp) ----------------------------------------- */
 
+/**
+ * Complex sum: a + b = (ar + br) + i (ai + bi).
+ *
+ * @param[in] ar real part of a
+ * @param[in] ai imaginary part of a
+ * @param[in] br real part of b
+ * @param[in] bi imaginary part of b
+ * @param[out] re real part of the result
+ * @param[out] im imaginary part of the result
+ * @return FATHOM_OK
+ */
+FATHOM_API AnalysisStatus CxAdd(double ar, double ai, double br, double bi, double* re, double* im);
+
+/**
+ * Complex difference: a - b = (ar - br) + i (ai - bi).
+ *
+ * @param[in] ar real part of a
+ * @param[in] ai imaginary part of a
+ * @param[in] br real part of b
+ * @param[in] bi imaginary part of b
+ * @param[out] re real part of the result
+ * @param[out] im imaginary part of the result
+ * @return FATHOM_OK
+ */
+FATHOM_API AnalysisStatus CxSub(double ar, double ai, double br, double bi, double* re, double* im);
+
+/**
+ * Complex product: a b = (ar br - ai bi) + i (ar bi + ai br).
+ *
+ * @param[in] ar real part of a
+ * @param[in] ai imaginary part of a
+ * @param[in] br real part of b
+ * @param[in] bi imaginary part of b
+ * @param[out] re real part of the result
+ * @param[out] im imaginary part of the result
+ * @return FATHOM_OK
+ */
+FATHOM_API AnalysisStatus CxMul(double ar, double ai, double br, double bi, double* re, double* im);
+
+/**
+ * Complex quotient: a / b = ((ar br + ai bi) / m) + i ((ai br - ar bi) / m) with m = br^2 + bi^2.
+ *
+ * Nothing is scaled: where m underflows to 0 the parts are infinities or NaNs, with status 0.
+ * CxDiv1D fails there.
+ *
+ * @param[in] ar real part of a
+ * @param[in] ai imaginary part of a
+ * @param[in] br real part of b
+ * @param[in] bi imaginary part of b
+ * @param[out] re real part of the result
+ * @param[out] im imaginary part of the result
+ * @return FATHOM_OK; FATHOM_ERR_DIVIDE_BY_ZERO if each of br and bi is zero or NaN
+ */
+FATHOM_API AnalysisStatus CxDiv(double ar, double ai, double br, double bi, double* re, double* im);
+
+/**
+ * Complex reciprocal: 1 / a = (ar / m) - i (ai / m) with m = ar^2 + ai^2.
+ *
+ * @param[in] ar real part of a
+ * @param[in] ai imaginary part of a
+ * @param[out] re real part of the result
+ * @param[out] im imaginary part of the result
+ * @return FATHOM_OK; FATHOM_ERR_DIVIDE_BY_ZERO if ar^2 + ai^2, as computed, is zero or NaN
+ */
+FATHOM_API AnalysisStatus CxRecip(double ar, double ai, double* re, double* im);
+
+/**
+ * Principal square root: of modulus sqrt(sqrt(ar^2 + ai^2)) and phase atan2(ai, ar) / 2, so that
+ * its real part is not negative. It is 0 where ar^2 + ai^2, as computed, is zero or NaN.
+ *
+ * @param[in] ar real part of a
+ * @param[in] ai imaginary part of a
+ * @param[out] re real part of the result
+ * @param[out] im imaginary part of the result
+ * @return FATHOM_OK
+ */
+FATHOM_API AnalysisStatus CxSqrt(double ar, double ai, double* re, double* im);
+
+/**
+ * Complex exponential: exp(a) = exp(ar) (cos(ai) + i sin(ai)).
+ *
+ * @param[in] ar real part of a
+ * @param[in] ai imaginary part of a, an angle in radians
+ * @param[out] re real part of the result
+ * @param[out] im imaginary part of the result
+ * @return FATHOM_OK
+ */
+FATHOM_API AnalysisStatus CxExp(double ar, double ai, double* re, double* im);
+
+/**
+ * Natural logarithm: ln(a) = ln(ar^2 + ai^2) / 2 + i atan2(ai, ar).
+ *
+ * @param[in] ar real part of a
+ * @param[in] ai imaginary part of a
+ * @param[out] re real part of the result
+ * @param[out] im imaginary part of the result, in [-pi, pi]
+ * @return FATHOM_OK; FATHOM_ERR_DIVIDE_BY_ZERO if ar^2 + ai^2, as computed, is zero or NaN
+ */
+FATHOM_API AnalysisStatus CxLn(double ar, double ai, double* re, double* im);
+
+/**
+ * Common logarithm: log10(a) = log10(ar^2 + ai^2) / 2 + i 0.434294481903252 atan2(ai, ar).
+ *
+ * @param[in] ar real part of a
+ * @param[in] ai imaginary part of a
+ * @param[out] re real part of the result
+ * @param[out] im imaginary part of the result
+ * @return FATHOM_OK; FATHOM_ERR_DIVIDE_BY_ZERO if ar^2 + ai^2, as computed, is zero or NaN
+ */
+FATHOM_API AnalysisStatus CxLog(double ar, double ai, double* re, double* im);
+
+/**
+ * Power with a real exponent: a^p, of modulus (ar^2 + ai^2)^(p / 2) and phase p atan2(ai, ar).
+ * Where ar^2 + ai^2, as computed, is zero or NaN, it is 0, for negative p as well.
+ *
+ * @param[in] ar real part of a
+ * @param[in] ai imaginary part of a
+ * @param[in] p exponent
+ * @param[out] re real part of the result
+ * @param[out] im imaginary part of the result
+ * @return FATHOM_OK; FATHOM_ERR_DIVIDE_BY_ZERO if ar^2 + ai^2 is zero or NaN, and p too
+ */
+FATHOM_API AnalysisStatus CxPow(double ar, double ai, double p, double* re, double* im);
+
+/**
+ * Polar form of a complex number: sqrt(re^2 + im^2) and atan2(im, re). Both are 0 where each part
+ * is zero or NaN.
+ *
+ * @param[in] re real part
+ * @param[in] im imaginary part
+ * @param[out] magnitude modulus, not negative
+ * @param[out] phase angle in radians, in [-pi, pi]
+ * @return FATHOM_OK
+ */
+FATHOM_API AnalysisStatus ToPolar(double re, double im, double* magnitude, double* phase);
+
+/**
+ * Rectangular form of a complex number: cos(phase) magnitude + i sin(phase) magnitude.
+ *
+ * @param[in] magnitude modulus, of either sign
+ * @param[in] phase angle in radians
+ * @param[out] re real part
+ * @param[out] im imaginary part
+ * @return FATHOM_OK
+ */
+FATHOM_API AnalysisStatus ToRect(double magnitude, double phase, double* re, double* im);
+
 /* ---- Complex arrays (src/array/complex_array.cpp) ------------------------------------------- */
+
+/**
+ * Element-wise complex sum: y[k] = a[k] + b[k]. In place: y may be a, b or both.
+ *
+ * @param[in] ar n real parts of a
+ * @param[in] ai n imaginary parts of a
+ * @param[in] br n real parts of b
+ * @param[in] bi n imaginary parts of b
+ * @param[in] n number of elements, at least 1
+ * @param[out] re n real parts
+ * @param[out] im n imaginary parts
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
+FATHOM_API AnalysisStatus CxAdd1D(const double* ar, const double* ai, const double* br,
+                                  const double* bi, int32_t n, double* re, double* im);
+
+/**
+ * Element-wise complex difference: y[k] = a[k] - b[k]. In place: y may be a, b or both.
+ *
+ * @param[in] ar n real parts of a
+ * @param[in] ai n imaginary parts of a
+ * @param[in] br n real parts of b
+ * @param[in] bi n imaginary parts of b
+ * @param[in] n number of elements, at least 1
+ * @param[out] re n real parts
+ * @param[out] im n imaginary parts
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
+FATHOM_API AnalysisStatus CxSub1D(const double* ar, const double* ai, const double* br,
+                                  const double* bi, int32_t n, double* re, double* im);
+
+/**
+ * Element-wise complex product: y[k] = a[k] b[k], by the formula of CxMul. In place: y may be a,
+ * but not b.
+ *
+ * @param[in] ar n real parts of a
+ * @param[in] ai n imaginary parts of a
+ * @param[in] br n real parts of b
+ * @param[in] bi n imaginary parts of b
+ * @param[in] n number of elements, at least 1
+ * @param[out] re n real parts
+ * @param[out] im n imaginary parts
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
+FATHOM_API AnalysisStatus CxMul1D(const double* ar, const double* ai, const double* br,
+                                  const double* bi, int32_t n, double* re, double* im);
+
+/**
+ * Element-wise complex quotient: y[k] = a[k] / b[k], by the formula of CxDiv, up to the first
+ * divisor whose br^2 + bi^2, as computed, is zero or NaN. In place: y may be a, but not b.
+ *
+ * @param[in] ar n real parts of a
+ * @param[in] ai n imaginary parts of a
+ * @param[in] br n real parts of b
+ * @param[in] bi n imaginary parts of b
+ * @param[in] n number of elements, at least 1
+ * @param[out] re n real parts; when the division stops at element k, those before k are written and
+ *     the rest is left as it was
+ * @param[out] im n imaginary parts, likewise
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_DIVIDE_BY_ZERO if a divisor's br^2
+ *         + bi^2 is zero or NaN, also where CxDiv would give infinities
+ */
+FATHOM_API AnalysisStatus CxDiv1D(const double* ar, const double* ai, const double* br,
+                                  const double* bi, int32_t n, double* re, double* im);
+
+/**
+ * Complex line at each element: y[k] = a[k] b + c. In place: y may be a.
+ *
+ * @param[in] ar n real parts of a
+ * @param[in] ai n imaginary parts of a
+ * @param[in] n number of elements, at least 1
+ * @param[in] br real part of the slope b
+ * @param[in] bi imaginary part of the slope b
+ * @param[in] cr real part of c, the value at zero
+ * @param[in] ci imaginary part of c
+ * @param[out] re n real parts
+ * @param[out] im n imaginary parts
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
+FATHOM_API AnalysisStatus CxLinEv1D(const double* ar, const double* ai, int32_t n, double br,
+                                    double bi, double cr, double ci, double* re, double* im);
+
+/**
+ * Polar form of each element, as ToPolar. In place: the outputs may be the inputs, in either order.
+ *
+ * @param[in] re n real parts
+ * @param[in] im n imaginary parts
+ * @param[in] n number of elements, at least 1
+ * @param[out] magnitude n moduli, not negative
+ * @param[out] phase n angles in radians, in [-pi, pi]
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
+FATHOM_API AnalysisStatus ToPolar1D(const double* re, const double* im, int32_t n,
+                                    double* magnitude, double* phase);
+
+/**
+ * Rectangular form of each element, as ToRect. In place: the outputs may be the inputs, in either
+ * order.
+ *
+ * @param[in] magnitude n moduli, of either sign
+ * @param[in] phase n angles in radians
+ * @param[in] n number of elements, at least 1
+ * @param[out] re n real parts
+ * @param[out] im n imaginary parts
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
+FATHOM_API AnalysisStatus ToRect1D(const double* magnitude, const double* phase, int32_t n,
+                                   double* re, double* im);
 
 /* ---- Evaluation (src/array/evaluate.cpp) ----------------------------------------------------- */
 
@@ -999,6 +1288,59 @@ FATHOM_API AnalysisStatus Sinc(int32_t n, double amplitude, double delay, double
 
 /* ---- Noise (src/generate/noise.cpp) --------------------------------------------------------- */
 
+/**
+ * Uniform noise about zero: y[i] = (r - 16383) amplitude / 16384, r the next draw of the noise
+ * generator, an integer in [0, 32767].
+ *
+ * The generator is shared by WhiteNoise, GaussNoise and Uniform: calls of any of them, in any
+ * order, draw from one sequence. A seed of 0 or more restarts it; 0 does what 32767 does. Its state
+ * is not locked: calls of the three from several threads must be serialised by the caller. Seeds
+ * above 12558383 overflow in the generator's first step and may leave it giving negative draws as
+ * well, down to -32767.
+ *
+ * Source: B. A. Wichmann and I. D. Hill, Algorithm AS 183: An efficient and portable pseudo-random
+ * number generator, Applied Statistics 31 (1982).
+ *
+ * @param[in] n number of samples
+ * @param[in] amplitude largest value; the mean is amplitude / 32768
+ * @param[in] seed restarts the generator before the first sample; negative: it continues
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1, with the generator left as it was
+ */
+FATHOM_API AnalysisStatus WhiteNoise(int32_t n, double amplitude, int32_t seed, double* y);
+
+/**
+ * Nearly Gaussian noise: y[i] = (r1 + ... + r12 - 196596) deviation / 32768, the sum of the next
+ * twelve draws of the noise generator that WhiteNoise describes. The values lie within about 6
+ * deviations; their mean is 6 deviation / 32768.
+ *
+ * The generator is shared by WhiteNoise, GaussNoise and Uniform, and is not locked.
+ *
+ * Source of the generator: as for WhiteNoise.
+ *
+ * @param[in] n number of samples, of twelve draws each
+ * @param[in] deviation standard deviation
+ * @param[in] seed restarts the generator before the first sample; negative: it continues
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1, with the generator left as it was
+ */
+FATHOM_API AnalysisStatus GaussNoise(int32_t n, double deviation, int32_t seed, double* y);
+
+/**
+ * Uniform values: y[i] = r / 32767, r the next draw of the noise generator that WhiteNoise
+ * describes: from 0 to 1, both included.
+ *
+ * The generator is shared by WhiteNoise, GaussNoise and Uniform, and is not locked.
+ *
+ * Source of the generator: as for WhiteNoise.
+ *
+ * @param[in] n number of samples
+ * @param[in] seed restarts the generator before the first sample; negative: it continues
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1, with the generator left as it was
+ */
+FATHOM_API AnalysisStatus Uniform(int32_t n, int32_t seed, double* y);
+
 /* ---- Time-domain windows (src/window/window.cpp) --------------------------------------------- */
 
 /**
@@ -1400,6 +1742,59 @@ FATHOM_API AnalysisStatus NetworkFunctions(const double* stimulus, const double*
 
 /* ---- Convolution and correlation (src/spectral/convolve.cpp, deconvolve.cpp) ---------------- */
 
+/**
+ * Linear convolution: result[k] = sum of x[i] y[k - i], over the products that exist, i ascending.
+ *
+ * Summed directly, product by product from 0, so that an infinity or a NaN reaches those results
+ * only that have it in a product. Not in place: `result` must not overlap an input.
+ *
+ * @param[in] x nx samples
+ * @param[in] nx number of samples of x, at least 1
+ * @param[in] y ny samples
+ * @param[in] ny number of samples of y, at least 1
+ * @param[out] result nx + ny - 1 values; the sum may be beyond 32 bits
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if nx < 1 or ny < 1
+ */
+FATHOM_API AnalysisStatus Convolve(const double* x, int32_t nx, const double* y, int32_t ny,
+                                   double* result);
+
+/**
+ * Cross-correlation: result[k] = sum of x[m] y[m + k - (nx - 1)], over the products that exist, m
+ * ascending.
+ *
+ * The lag of y behind x, k - (nx - 1), runs from -(nx - 1) to ny - 1; nothing is normalised. It is
+ * the convolution of the reversed x with y, and summed as directly. Not in place: `result` must not
+ * overlap an input.
+ *
+ * @param[in] x nx samples
+ * @param[in] nx number of samples of x, at least 1
+ * @param[in] y ny samples
+ * @param[in] ny number of samples of y, at least 1
+ * @param[out] result nx + ny - 1 values; lag 0 is element nx - 1
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if nx < 1 or ny < 1
+ */
+FATHOM_API AnalysisStatus Correlate(const double* x, int32_t nx, const double* y, int32_t ny,
+                                    double* result);
+
+/**
+ * Undoes a convolution: the samples that `signal` was made of by convolving them with `kernel`.
+ *
+ * It is the inverse transform of S[k] / K[k], the spectra of both padded with zeros to N, the power
+ * of two at or above ns. Exact to rounding if `signal` is a convolution with `kernel`; if a bin of
+ * the kernel is zero, every sample is infinite or NaN. In place: `result` may be either input if
+ * that has room for its values.
+ *
+ * @param[in] signal ns samples
+ * @param[in] ns number of samples of the signal, at least 1
+ * @param[in] kernel nk samples
+ * @param[in] nk number of samples of the kernel, 1 to ns + 1
+ * @param[out] result ns - nk + 1 samples; none for nk = ns + 1
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if ns < 1 or nk < 1; FATHOM_ERR_ARRAY_SIZE if
+ *         nk > ns + 1; FATHOM_ERR_MEMORY, always if ns > 2^30
+ */
+FATHOM_API AnalysisStatus Deconvolve(const double* signal, int32_t ns, const double* kernel,
+                                     int32_t nk, double* result);
+
 /* ---- Units of spectra (src/spectral/units.cpp) ---------------------------------------------- */
 
 /**
@@ -1590,9 +1985,94 @@ FATHOM_API AnalysisStatus ACDCEstimator(const double* x, int32_t n, double* ac, 
 
 /* ---- Peak detection (src/measure/peaks.cpp) ------------------------------------------------- */
 
+/** What PeakDetector looks for. */
+enum FathomPolarity {
+  FATHOM_POLARITY_PEAKS = 0,  /**< maxima above the threshold */
+  FATHOM_POLARITY_VALLEYS = 1 /**< minima below the threshold */
+};
+
+/**
+ * Peaks or valleys of a signal that may come in blocks: location, value and second derivative of
+ * the extrema of quadratics fitted by least squares.
+ *
+ * Every run of `width` consecutive samples has its quadratic. A run sees a peak if its quadratic
+ * has a maximum that lies between the run's first and last sample. Neighbouring runs see the same
+ * peak: all consecutive runs whose quadratics have a second derivative below zero form a stretch,
+ * and a stretch holds at most one peak, as two maxima have a run that is curved the other way
+ * between them. Of the runs of a stretch, the one that sees its peak nearest to its own centre
+ * gives the results, the earlier if two are as near. They are reported
+ *
+ * - if the value is above the threshold, and
+ * - if the location lies between the centres of the two runs, curved the other way, that bound the
+ *   stretch: the runs around a location farther off are nearer to it and do not see it.
+ *
+ * A second derivative of exactly zero, as where samples are equal, neither ends a stretch nor sees
+ * a peak; a plateau is one peak, at its rising edge. A run with a NaN or an infinity sees none and
+ * ends the stretch, which is then not bounded on that side, as at either end of the signal. Valleys
+ * are the peaks of the signal with its sign reversed.
+ *
+ * A peak is reported when its stretch has ended, so its location may lie before the block of the
+ * call that reports it. However the signal is cut into blocks, the same peaks are found, with the
+ * same bits.
+ *
+ * Between calls the library keeps the width, polarity and threshold of the call that began the
+ * signal, and at most width - 1 samples; it releases them at the end of the data and when it is
+ * unloaded. There is one such state: calls must not run at the same time, and blocks of two signals
+ * must not alternate.
+ *
+ * A. Savitzky and M. J. E. Golay, Smoothing and differentiation of data by simplified least squares
+ * procedures, Analytical Chemistry 36, 1964.
+ *
+ * @param[in] x the next n samples
+ * @param[in] n at least 1; 0, with x not used, is allowed with endOfData
+ * @param[in] threshold in the unit of x. It is used when a signal begins; so are width and polarity,
+ *            which are checked in every call
+ * @param[in] width of the runs in samples, at least 3: about the width of the peaks at half their
+ *            height, or less; a larger one suppresses more noise and merges peaks that are close
+ * @param[in] polarity a FathomPolarity
+ * @param[in] initialize nonzero: x begins a signal, and what was kept of another is dropped. The
+ *            first call, and the first after the end of data, begin one in any case
+ * @param[in] endOfData nonzero: the signal ends with x
+ * @param[out] locations in samples from the signal's first sample, ascending, with fractions: a new
+ *             array of *count values, to be released with FreeAnalysisMem; null if *count is 0
+ * @param[out] amplitudes of the quadratics at the locations: such an array, in the unit of x
+ * @param[out] secondDerivatives of the quadratics: such an array, in the unit of x per sample squared
+ * @param[out] count peaks that this call reports
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1, but for n = 0 with endOfData;
+ *         FATHOM_ERR_SELECTION if width < 3; FATHOM_ERR_SELECTION if polarity is not 0 or 1;
+ *         FATHOM_ERR_MEMORY, and the call may be repeated: a call that fails changes nothing
+ */
+FATHOM_API AnalysisStatus PeakDetector(const double* x, int32_t n, double threshold, int32_t width,
+                                       int32_t polarity, int32_t initialize, int32_t endOfData,
+                                       double** locations, double** amplitudes,
+                                       double** secondDerivatives, int32_t* count);
+
 /* ---- IIR filters: record and filtering (src/filter/iir/record.cpp, cascade.cpp, direct.cpp) - */
 
+FATHOM_API IIRFilterPtr AllocIIRFilterPtr(int32_t type, int32_t order);
+FATHOM_API void FreeIIRFilterPtr(IIRFilterPtr record);
+FATHOM_API AnalysisStatus ResetIIRFilter(IIRFilterPtr record);
+FATHOM_API AnalysisStatus IIRCascadeFiltering(const double* x, int32_t n, IIRFilterPtr record,
+                                              double* y);
+FATHOM_API AnalysisStatus IIRFiltering(const double* x, int32_t n, const double* a, double* outputs,
+                                       int32_t na, const double* b, double* inputs, int32_t nb,
+                                       double* y);
+FATHOM_API AnalysisStatus CascadeToDirectCoef(IIRFilterPtr record, double* a, int32_t aCapacity,
+                                              double* b, int32_t bCapacity);
+
 /* ---- IIR filters: Butterworth (src/filter/iir/butterworth.cpp) ------------------------------ */
+
+FATHOM_API AnalysisStatus Bw_CascadeCoef(double fs, double low, double high, IIRFilterPtr record);
+FATHOM_API AnalysisStatus Bw_Coef(int32_t type, int32_t order, double fs, double low, double high,
+                                  double* a, int32_t aCapacity, double* b, int32_t bCapacity);
+FATHOM_API AnalysisStatus Bw_LPF(const double* x, int32_t n, double fs, double cutoff,
+                                 int32_t order, double* y);
+FATHOM_API AnalysisStatus Bw_HPF(const double* x, int32_t n, double fs, double cutoff,
+                                 int32_t order, double* y);
+FATHOM_API AnalysisStatus Bw_BPF(const double* x, int32_t n, double fs, double low, double high,
+                                 int32_t order, double* y);
+FATHOM_API AnalysisStatus Bw_BSF(const double* x, int32_t n, double fs, double low, double high,
+                                 int32_t order, double* y);
 
 /* ---- IIR filters: Chebyshev (src/filter/iir/chebyshev.cpp) ---------------------------------- */
 

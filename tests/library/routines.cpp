@@ -126,6 +126,28 @@ const std::vector<Routine>& routines() {
       ROUTINE(Sum1D, in(), count(), out()),
       ROUTINE(Sum2D, in(), side(), side(), out()),
       ROUTINE(Prod1D, in(), count(), out()),
+      // array/complex_scalar
+      ROUTINE(CxAdd, real(1.25), real(-0.75), real(0.3), real(2.5), out(), out()),
+      ROUTINE(CxSub, real(1.25), real(-0.75), real(0.3), real(2.5), out(), out()),
+      ROUTINE(CxMul, real(1.25), real(-0.75), real(0.3), real(2.5), out(), out()),
+      ROUTINE(CxDiv, real(1.25), real(-0.75), real(0.3), real(2.5), out(), out()),
+      ROUTINE(CxRecip, real(1.25), real(-0.75), out(), out()),
+      ELEMENTARY(CxSqrt, real(1.25), real(-0.75), out(), out()),
+      ELEMENTARY(CxExp, real(1.25), real(-0.75), out(), out()),
+      ELEMENTARY(CxLn, real(1.25), real(-0.75), out(), out()),
+      ELEMENTARY(CxLog, real(1.25), real(-0.75), out(), out()),
+      ELEMENTARY(CxPow, real(1.25), real(-0.75), real(-1.5), out(), out()),
+      ELEMENTARY(ToPolar, real(1.25), real(-0.75), out(), out()),
+      ELEMENTARY(ToRect, real(1.25), real(-0.75), out(), out()),
+      // array/complex_array
+      ROUTINE(CxAdd1D, in(), in(), in(), in(), count(), out(), out()),
+      ROUTINE(CxSub1D, in(), in(), in(), in(), count(), out(), out()),
+      ROUTINE(CxMul1D, in(), in(), in(), in(), count(), out(), out()),
+      ROUTINE(CxDiv1D, in(), in(), in(), in(), count(), out(), out()),
+      ROUTINE(CxLinEv1D, in(), in(), count(), real(1.7), real(-0.3), real(0.6), real(-2.1), out(),
+              out()),
+      ELEMENTARY(ToPolar1D, in(), in(), count(), out(), out()),
+      ELEMENTARY(ToRect1D, in(), in(), count(), out(), out()),
       // array/evaluate
       ROUTINE(LinEv1D, in(), count(), real(1.7), real(-0.3), out()),
       ROUTINE(LinEv2D, in(), side(), side(), real(1.7), real(-0.3), out()),
@@ -193,6 +215,10 @@ const std::vector<Routine>& routines() {
       ELEMENTARY(ImpulseResponse, in(), in(), count(), out()),
       ELEMENTARY(NetworkFunctions, in(), in(), count(), fixedCount(3), real(0.001), out(), out(),
                  out(), out(), out(), out(), out()),
+      // spectral/convolve, spectral/deconvolve
+      ROUTINE(Convolve, in(), count(), in(), count(), out()),
+      ROUTINE(Correlate, in(), count(), in(), side(), out()),
+      ELEMENTARY(Deconvolve, in(), count(), in(), fixedCount(2), out()),
       // spectral/units
       spectrumUnitConversion(),
       // measure
