@@ -26,16 +26,12 @@ constexpr double kRate = 48000.0;
 
 struct Outcome {
   int status = -1;
-  std::string out;
-  std::string err;
+  std::string out, err;
 };
 
 // A printed quantity: dB, its noise uncertainty, and whether it is an upper bound.
 struct Reading {
-  double frequency = 0.0;
-  double volts = 0.0;
-  double decibels = 0.0;
-  double uncertainty = 0.0;
+  double frequency = 0.0, volts = 0.0, decibels = 0.0, uncertainty = 0.0;
   bool below = false;
 };
 
@@ -71,20 +67,18 @@ class DistortionMeter : public testing::Test {
             slurp(path("stderr"))};
   }
 
-  void writeText(const std::string& name, const std::vector<double>& x) const {
-    FILE* file = std::fopen(path(name).c_str(), "w");
-    ASSERT_NE(file, nullptr);
-    for (const double v : x) std::fprintf(file, "%.17g\n", v);
-    std::fclose(file);
-  }
   void writeString(const std::string& name, const std::string& text) const {
     std::ofstream(path(name), std::ios::binary) << text;
   }
-
-  void writeAudio(const std::string& name, int format, const std::vector<std::vector<double>>& x,
-                  int rate = static_cast<int>(kRate)) const {
+  void writeText(const std::string& name, const std::vector<double>& x) const {
+    std::ofstream file(path(name));
+    file.precision(17);
+    for (const double v : x) file << v << '\n';
+  }
+  void writeAudio(const std::string& name, int format,
+                  const std::vector<std::vector<double>>& x) const {
     SF_INFO info{};
-    info.samplerate = rate;
+    info.samplerate = static_cast<int>(kRate);
     info.channels = static_cast<int>(x.size());
     info.format = format;
     SNDFILE* file = sf_open(path(name).c_str(), SFM_WRITE, &info);
@@ -109,8 +103,7 @@ class DistortionMeter : public testing::Test {
       r.below = line.find('<') != std::string::npos;
       std::erase(line, '<');
       std::istringstream words(line);
-      std::string word;
-      std::string unit;
+      std::string word, unit;
       words >> word;
       if (word == "THD" || word == "THD+N") {
         words >> r.volts >> unit >> r.decibels >> unit >> unit >> r.uncertainty;
@@ -169,10 +162,9 @@ TEST_P(Accuracy, HoldsOverTheGrid) {
           const double thd = ratio(total) / std::sqrt(1.0 + noiseShare * noiseShare);
           std::vector<double> x = tone(level, bin, {0.8 * thd, 0.6 * thd});
           addNoise(x, noiseShare * thd * level, ++seed);
-          std::string input;
+          std::string input = "@tone.txt --rate 48000";
           if (level < 1.0) {
             writeText("tone.txt", x);
-            input = "@tone.txt --rate 48000";
           } else {
             for (double& v : x) v /= 32.0;
             writeAudio("tone.wav", SF_FORMAT_WAV | SF_FORMAT_DOUBLE, {x});
@@ -212,9 +204,8 @@ INSTANTIATE_TEST_SUITE_P(Windows, Accuracy,
 TEST_F(DistortionMeter, ShowsABoundWhereNoiseOrTheWindowHidesTheValue) {
   writeText("clean.txt", tone(1.0, 1000.3));
   for (const char* window : {"seven", "four"}) {
-    std::string options = "@clean.txt --rate 1e3 --window ";
-    options.append(window).append("-term-blackman-harris");
-    const Outcome outcome = run(options);
+    const Outcome outcome =
+        run(std::string("@clean.txt --rate 1e3 --window ") + window + "-term-blackman-harris");
     std::map<int, Reading> r = parse(outcome.out);
     SCOPED_TRACE(outcome.out);
     for (const int h : {-1, 0, 2, 10}) EXPECT_TRUE(r[h].below && r[h].decibels < -90.0) << h;
@@ -243,15 +234,15 @@ TEST_F(DistortionMeter, IsNotMisledByOffsetOrStrayTones) {
 TEST_F(DistortionMeter, TakesTheChannelAndBlockAskedFor) {
   writeAudio("stereo.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24,
              {tone(0.25, 200.0, {0.01}, 6000), tone(0.1, 300.5, {}, 6000)});
-  struct Case {
+  const struct {
     const char* options;
     double cycles, level;
     const char* block;
-  };
-  for (const Case& c : {Case{"", 200.0, 0.25, "4096 samples"},
-                        Case{"--channel 1 --block 2048", 200.0, 0.25, "2048 samples"},
-                        Case{"--channel 2", 300.5, 0.1, "4096 samples"},
-                        Case{"--channel 2 --full-scale 10", 300.5, 1.0, "4096 samples"}}) {
+  } cases[] = {{"", 200.0, 0.25, "4096 samples"},
+               {"--channel 1 --block 2048", 200.0, 0.25, "2048 samples"},
+               {"--channel 2", 300.5, 0.1, "4096 samples"},
+               {"--channel 2 --full-scale 10", 300.5, 1.0, "4096 samples"}};
+  for (const auto& c : cases) {
     const Outcome outcome = run(std::string("@stereo.wav ") + c.options);
     std::map<int, Reading> r = parse(outcome.out);
     EXPECT_EQ(outcome.status, 0) << outcome.err;
@@ -275,11 +266,7 @@ TEST_F(DistortionMeter, LeavesOutHarmonicsAboveHalfTheRate) {
 
 TEST_F(DistortionMeter, ReadsTextsWithCommentsBlankLinesAndEitherLineEnd) {
   std::string text = "# volts\r\n\r\n  # more\n";
-  for (const double v : tone(1.0, 200.0, {}, 4096)) {
-    text += ' ';
-    text += std::to_string(v);
-    text += "\r\n\n";
-  }
+  for (const double v : tone(1.0, 200.0, {}, 4096)) text += " " + std::to_string(v) + "\r\n\n";
   writeString("mixed.txt", text);
   EXPECT_NEAR(parse(run("@mixed.txt --rate 4096").out)[1].frequency, 200.0, 0.01);
 }
@@ -294,20 +281,14 @@ TEST_F(DistortionMeter, MeasuresItsOwnSignal) {
     for (std::string line; std::getline(lines, line);) {
       std::istringstream words(line);
       int h = 0;
-      double f = 0.0;
-      double measured = 0.0;
-      double error = 1.0;
-      if (words >> h >> f >> measured >> error) {
+      double f = 0.0, measured = 0.0, error = 1.0;
+      std::string truth, level, unit;
+      if (words >> h >> f >> measured >> error >> truth >> unit >> level >> unit) {
         ++rows;
         EXPECT_NEAR(f, 997.0 * h, 1e-9);
         EXPECT_NEAR(measured, f, 0.01 * h);
-        std::string truth;
-        std::string level;
-        std::string unit;
-        words >> truth >> unit >> level >> unit >> error;
-        if (truth != "0") {
-          EXPECT_LT(std::abs(error), 0.05) << line;
-        }
+        words >> error;
+        EXPECT_TRUE(truth == "0" || std::abs(error) < 0.05) << line;
       }
       if (line.rfind("THD", 0) == 0) {
         const std::size_t at = line.find("error ");
@@ -321,15 +302,15 @@ TEST_F(DistortionMeter, MeasuresItsOwnSignal) {
 }
 
 TEST_F(DistortionMeter, DrawsPngAndSvg) {
-  Outcome outcome = run("--plot @own.png");
-  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_EQ(run("--plot @own.png").status, 0);
   EXPECT_EQ(slurp(path("own.png")).substr(0, 8), "\x89PNG\r\n\x1a\n");
 
   // A name that neither the shell nor gnuplot takes literally.
   const std::string awkward = "it's `x` $y \\n.wav";
   writeAudio("tone.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_24, {tone(0.5, 4000.5, {0.01, 0.001})});
   std::filesystem::rename(path("tone.wav"), path(awkward));
-  outcome = run("\"@it's \\`x\\` \\$y \\\\n.wav\" --plot \"@it's \\`x\\` \\$y \\\\n.SVG\"");
+  const Outcome outcome =
+      run("\"@it's \\`x\\` \\$y \\\\n.wav\" --plot \"@it's \\`x\\` \\$y \\\\n.SVG\"");
   EXPECT_EQ(outcome.status, 0) << outcome.err;
   const std::string svg = slurp(path("it's `x` $y \\n.SVG"));
   EXPECT_EQ(svg.rfind("<?xml", 0), 0U);
@@ -342,7 +323,7 @@ TEST_F(DistortionMeter, DrawsPngAndSvg) {
 TEST_F(DistortionMeter, HelpNamesEveryOption) {
   const Outcome outcome = run("--help");
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_TRUE(outcome.err.empty());
+  EXPECT_EQ(outcome.err, "");
   for (const char* option : {"--channel", "--rate", "--full-scale", "--block", "--window",
                              "--harmonics", "--plot", "--help"}) {
     EXPECT_NE(outcome.out.find(option), std::string::npos) << option;
@@ -371,16 +352,13 @@ TEST_F(DistortionMeter, RefusesBadInputInOneLine) {
   writeString("empty", "");
   writeString("garbage.wav", "RIFFthis is not a recording");
   const std::string column = slurp(path("good.txt"));
-  for (const char* bad : {"1.5 2.5", "volts", "1,5", "nan", "-inf", "1e999", "0x", "1\x01"}) {
-    writeString(std::string("line-") + bad, "# header\n" + column + bad + "\n");
-  }
   writeString("nul", "1.0\n2" + std::string(1, '\0') + "5\n" + column);
 
   struct Case {
-    const char* arguments;
+    std::string arguments;
     std::vector<std::string> facts;
   };
-  const Case cases[] = {
+  std::vector<Case> cases = {
       {"@missing.wav", {"missing.wav", "No such file"}},
       {"@missing.txt --rate 8000", {"missing.txt", "No such file"}},
       {"@.", {"audio"}},
@@ -392,20 +370,6 @@ TEST_F(DistortionMeter, RefusesBadInputInOneLine) {
       {"@short.txt --rate 8000", {"short.txt", "too few samples", "1023", "1024"}},
       {"@short.wav", {"short.wav", "too few samples", "1023", "1024"}},
       {"@short-block.wav --block 4096", {"too few samples", "4095", "4096"}},
-      {"@good.txt --rate 0", {"--rate", "positive"}},
-      {"@good.txt --rate -5", {"--rate", "-5", "positive"}},
-      {"@good.txt --rate nan", {"--rate"}},
-      {"@good.txt --rate 1e999", {"--rate"}},
-      {"@good.txt --rate fast", {"--rate", "fast"}},
-      {"@good.txt --rate ''", {"--rate"}},
-      {"'@line-1.5 2.5' --rate 8000", {"line 4098", "1.5 2.5"}},
-      {"@line-volts --rate 8000", {"line 4098", "volts"}},
-      {"@line-1,5 --rate 8000", {"line 4098", "1,5"}},
-      {"@line-nan --rate 8000", {"line 4098", "nan"}},
-      {"@line--inf --rate 8000", {"line 4098", "-inf"}},
-      {"@line-1e999 --rate 8000", {"line 4098", "1e999"}},
-      {"@line-0x --rate 8000", {"line 4098", "0x"}},
-      {"'@line-1\x01' --rate 8000", {"line 4098", "1?"}},
       {"@nul --rate 8000", {"line 2"}},
       {"@good.wav --rate 8000", {"good.wav", "line 1"}},
       {"@nan.wav", {"nan.wav", "sample 2001", "finite"}},
@@ -416,17 +380,10 @@ TEST_F(DistortionMeter, RefusesBadInputInOneLine) {
       {"@noise.txt --rate 8000", {"noise.txt", "no "}},
       {"@pair.txt --rate 8000", {"pair.txt", "no steady tone"}},
       {"@good.wav --channel 2", {"good.wav", "channel 2 of 1"}},
-      {"@good.wav --channel 0", {"--channel", "'0'"}},
-      {"@good.wav --channel 1x", {"--channel", "1x"}},
       {"@good.txt --rate 8000 --channel 1", {"--channel"}},
       {"--rate 8000", {"--rate", "file"}},
       {"@good.wav @good.wav", {"only one file"}},
       {"@good.wav --block 3000", {"--block", "3000", "power of two"}},
-      {"@good.wav --block 512", {"--block", "512"}},
-      {"@good.wav --block 99999999999999999999", {"--block"}},
-      {"@good.wav --harmonics 1", {"--harmonics", "'1'"}},
-      {"@good.wav --harmonics 101", {"--harmonics", "101"}},
-      {"@good.wav --full-scale 0", {"--full-scale", "'0'"}},
       {"@good.wav --window hanning", {"--window", "hanning", "seven-term-blackman-harris"}},
       {"@good.wav --loud", {"unknown option", "--loud"}},
       {"@good.wav -x", {"unknown option", "-x"}},
@@ -436,9 +393,24 @@ TEST_F(DistortionMeter, RefusesBadInputInOneLine) {
       {"--plot @own.gif", {"--plot", "own.gif", ".png or .svg"}},
       {"--plot @nowhere/own.png", {"nowhere/own.png", "No such file"}},
   };
+  for (const std::string bad : {"1.5 2.5", "volts", "1,5", "nan", "-inf", "1e999", "0x", "1\x01"}) {
+    writeString("line-" + bad, "# header\n" + column + bad + "\n");
+    cases.push_back({"'@line-" + bad + "' --rate 8000",
+                     {"line 4098", bad == "1\x01" ? std::string("1?") : bad}});
+  }
+  const std::vector<std::string> values[] = {{"--rate", "0", "-5", "nan", "1e999", "fast", ""},
+                                             {"--channel", "0", "1x"},
+                                             {"--block", "512", "99999999999999999999"},
+                                             {"--harmonics", "1", "101"},
+                                             {"--full-scale", "0"}};
+  for (const std::vector<std::string>& option : values) {
+    for (std::size_t i = 1; i < option.size(); ++i) {
+      cases.push_back({"@good.txt " + option[0] + " '" + option[i] + "'", {option[0], option[i]}});
+    }
+  }
   for (const Case& c : cases) {
     const Outcome outcome = run(c.arguments);
-    SCOPED_TRACE(std::string(c.arguments) + " -> " + outcome.err);
+    SCOPED_TRACE(c.arguments + " -> " + outcome.err);
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err.rfind("distortion: ", 0), 0U);
     EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1);
