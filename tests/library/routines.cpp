@@ -84,6 +84,26 @@ Routine spectrumUnitConversion() {
   return r;
 }
 
+// Its arrays are copied to the slots, so that they are compared and released.
+Routine peakDetector() {
+  const auto call = [](Slots& s) {
+    double* peaks[3] = {};
+    const AnalysisStatus status = PeakDetector(
+        s[0].as<const double*>(), s[1].integer, s[2].real, s[3].integer, s[4].integer, s[5].integer,
+        s[6].integer, &peaks[0], &peaks[1], &peaks[2], s[10].as<std::int32_t*>());
+    for (std::size_t i = 0; i < 3; ++i) {
+      if (peaks[i] != nullptr)
+        std::copy_n(peaks[i], *s[10].as<std::int32_t*>(), s[7 + i].as<double*>());
+      FreeAnalysisMem(peaks[i]);
+    }
+    return status;
+  };
+  return {"PeakDetector",
+          {in(), count(FATHOM_ERR_NO_SAMPLES, FATHOM_OK), real(0.1), choice(5), choice(0),
+           choice(1), choice(1), out(), out(), out(), out()},
+          call};
+}
+
 constexpr AnalysisStatus kTwo = FATHOM_ERR_FEWER_THAN_TWO_SAMPLES;
 
 }  // namespace
@@ -229,6 +249,8 @@ const std::vector<Routine>& routines() {
       ROUTINE(PulseParam, in(), count(), out(), out(), out(), out(), out(), out(), out(), out(),
               out(), out(), out(), out(), out()),
       ELEMENTARY(ACDCEstimator, in(), count(), out(), out()),
+      // measure/peaks
+      peakDetector(),
   };
   return table;
 }
