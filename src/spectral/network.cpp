@@ -13,11 +13,9 @@
 namespace {
 
 void transform(const double* x, int32_t n, double* packed) {
-  std::copy_n(x, n, packed);
-  fathom::PackedRealFFT(packed, n, fathom::Log2Size(n));
+  fathom::packedSpectrum(x, static_cast<std::size_t>(n), n, packed);
 }
 
-// H = Y / X, packed, in place of Y; the bin at n/2 is the caller's.
 FATHOM_MULTIVERSION void divide(const double* x, double* y, std::size_t n) {
   y[0] = y[0] / x[0];
   FATHOM_INDEPENDENT
@@ -28,6 +26,7 @@ FATHOM_MULTIVERSION void divide(const double* x, double* y, std::size_t n) {
     y[k] = re;
     y[n - k] = im;
   }
+  if (n > 1) y[n / 2] = y[n / 2] / x[n / 2];
 }
 
 // Sums over the frames, of bins 0 to n/2: cross spectrum and powers.
@@ -81,6 +80,14 @@ void frequencyResponse(const Sums& sums, std::size_t n, double* re, double* im) 
 
 }  // namespace
 
+namespace fathom {
+
+void packedQuotient(const double* x, double* y, int32_t n) {
+  divide(x, y, static_cast<std::size_t>(n));
+}
+
+}  // namespace fathom
+
 AnalysisStatus TransferFunction(const double* stimulus, const double* response, int32_t n,
                                 double dt, double* magnitude, double* phase, double* df) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
@@ -91,7 +98,7 @@ AnalysisStatus TransferFunction(const double* stimulus, const double* response, 
   if (!x || !h) return FATHOM_ERR_MEMORY;
   transform(stimulus, n, x.data());
   transform(response, n, h.data());
-  divide(x.data(), h.data(), size);
+  fathom::packedQuotient(x.data(), h.data(), n);
   magnitude[0] = fathom::fabs(h[0]);
   phase[0] = fathom::atan2(0.0, h[0]);
   fathom::packedMagnitudes(h.data(), n, 1.0, 1.0, magnitude);
@@ -109,8 +116,7 @@ AnalysisStatus ImpulseResponse(const double* stimulus, const double* response, i
   if (!x) return FATHOM_ERR_MEMORY;
   transform(stimulus, n, x.data());  // before the response: `impulse` may be the stimulus
   transform(response, n, impulse);
-  divide(x.data(), impulse, size);
-  if (n > 1) impulse[size / 2] = impulse[size / 2] / x[size / 2];
+  fathom::packedQuotient(x.data(), impulse, n);
   fathom::PackedRealInvFFT(impulse, n, fathom::Log2Size(n));
   return FATHOM_OK;
 }

@@ -1,5 +1,6 @@
 // Spectra of real records: power, cross power, amplitude and phase, all from the packed transform.
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -81,18 +82,12 @@ FATHOM_MULTIVERSION void magnitudes(const double* packed, std::size_t n, double 
   }
 }
 
-// The packed spectrum of n samples, followed by zeros up to `size`.
-void transform(const double* x, std::size_t n, int32_t size, double* packed) {
-  std::fill(std::copy_n(x, n, packed), packed + size, 0.0);
-  fathom::PackedRealFFT(packed, size, fathom::Log2Size(size));
-}
-
 // The packed cross spectrum, in x; y is lost.
 AnalysisStatus packedCross(const double* x, const double* y, std::size_t n, int32_t size,
                            fathom::Workspace<double>& packedX, fathom::Workspace<double>& packedY) {
   if (!packedX || !packedY) return FATHOM_ERR_MEMORY;
-  transform(x, n, size, packedX.data());
-  transform(y, n, size, packedY.data());
+  fathom::packedSpectrum(x, n, size, packedX.data());
+  fathom::packedSpectrum(y, n, size, packedY.data());
   cross(packedX.data(), packedY.data(), static_cast<std::size_t>(size));
   return FATHOM_OK;
 }
@@ -100,6 +95,15 @@ AnalysisStatus packedCross(const double* x, const double* y, std::size_t n, int3
 }  // namespace
 
 namespace fathom {
+
+int64_t paddedSize(int32_t n) {
+  return std::bit_ceil(static_cast<uint32_t>(n));
+}
+
+void packedSpectrum(const double* x, std::size_t n, int32_t size, double* packed) {
+  std::fill(std::copy_n(x, n, packed), packed + size, 0.0);
+  PackedRealFFT(packed, size, Log2Size(size));
+}
 
 void packedMagnitudes(const double* packed, int32_t n, double factor, double divisor,
                       double* magnitude) {
@@ -131,7 +135,7 @@ AnalysisStatus AutoPowerSpectrum(const double* x, int32_t n, double dt, double* 
   const auto size = static_cast<std::size_t>(n);
   fathom::Workspace<double> packed(size);
   if (!packed) return FATHOM_ERR_MEMORY;
-  transform(x, size, n, packed.data());
+  fathom::packedSpectrum(x, size, n, packed.data());
   if (n > 1) oneSidedPower(packed.data(), size, power);
   *df = 1.0 / (n * dt);
   return FATHOM_OK;
@@ -139,8 +143,7 @@ AnalysisStatus AutoPowerSpectrum(const double* x, int32_t n, double dt, double* 
 
 AnalysisStatus CrossSpectrum(const double* x, const double* y, int32_t n, double* re, double* im) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
-  const int32_t p = fathom::Log2Size(n);
-  const int64_t padded = int64_t{1} << p == n ? n : int64_t{1} << (p + 1);
+  const int64_t padded = fathom::paddedSize(n);
   if (padded > INT32_MAX) return FATHOM_ERR_MEMORY;  // more than a transform can address
   const auto size = static_cast<std::size_t>(padded);
   fathom::Workspace<double> packedX(size);
@@ -178,7 +181,7 @@ AnalysisStatus AmpPhaseSpectrum(const double* x, int32_t n, int32_t unwrap, doub
   const auto size = static_cast<std::size_t>(n);
   fathom::Workspace<double> packed(size);
   if (!packed) return FATHOM_ERR_MEMORY;
-  transform(x, size, n, packed.data());
+  fathom::packedSpectrum(x, size, n, packed.data());
   amplitude[0] = fathom::fabs(packed[0]) / n;
   phase[0] = packed[0] < 0.0 ? fathom::kPi : 0.0;
   fathom::packedMagnitudes(packed.data(), n, fathom::sqrt(2.0), n, amplitude);
