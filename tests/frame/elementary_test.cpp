@@ -1,29 +1,21 @@
 #include "frame/elementary.hpp"
 
-#include <gtest/gtest.h>
+#include "support/testing.hpp"
 
-#include <cmath>
-#include <vector>
-
-#include "support/bits.hpp"
-#include "support/signals.hpp"
-
-namespace fathom {
+namespace fathom::test {
 namespace {
 
-using test::SameBits;
-
-std::vector<double> angles() {
-  std::vector<double> x = {0.0, -0.0, kPi, kTwoPi, 1e22, -1e300, test::kInf, test::kNan, 1e-310};
-  for (double v : test::uniform(500)) x.push_back(v * 100.0);
+Values angles() {
+  Values x = {0.0, -0.0, kPi, kTwoPi, 1e22, -1e300, kInf, kNan, 1e-310};
+  for (double v : uniform(500)) x.push_back(v * 100.0);
   return x;
 }
 
 // What the generators and transforms rely on: one value or an array, both functions at once or one
 // after the other, the bits are the same, and an array may be overwritten by its results.
 TEST(Elementary, EveryFormGivesTheSameBits) {
-  const std::vector<double> x = angles();
-  std::vector<double> s(x.size()), c(x.size()), s2 = x, c2 = x, e = x;
+  const Values x = angles();
+  Values s(x.size()), c(x.size()), s2 = x, c2 = x, e = x;
   sincos(x.data(), x.size(), s.data(), c.data());
   sin(s2.data(), x.size(), s2.data());
   cos(c2.data(), x.size(), c2.data());
@@ -44,4 +36,4 @@ TEST(Elementary, ConstantsAreTheNearestDoubles) {
 }
 
 }  // namespace
-}  // namespace fathom
+}  // namespace fathom::test

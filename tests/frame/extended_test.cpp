@@ -1,35 +1,18 @@
 #include "frame/extended.hpp"
 
-#include <gtest/gtest.h>
-
 #include <bit>
-#include <cstdint>
-#include <vector>
 
-#include "support/bits.hpp"
-#include "support/signals.hpp"
+#include "support/testing.hpp"
 
-namespace fathom {
+namespace fathom::test {
 namespace {
 
-using test::SameBits;
-
-std::vector<double> awkwardDoubles() {
-  std::vector<double> values = {0.0,
-                                -0.0,
-                                1.0,
-                                -3.0,
-                                test::kInf,
-                                -test::kInf,
-                                test::kNan,
-                                test::kDenormal,
-                                3 * test::kDenormal,
-                                0x1p-1022,
-                                0x1.fffffffffffffp-1022,
-                                0x1.fffffffffffffp1023,
-                                6.0,
-                                360.0,
-                                0x1.8p-1074};
+Values awkwardDoubles() {
+  Values values = awkward(50, 1);
+  for (const double v : {0x1p-1022, 0x1.fffffffffffffp-1022, 0x1.fffffffffffffp1023, 0x1.8p-1074,
+                         3 * kDenormal, 1.0, -3.0, 6.0, 360.0}) {
+    values.push_back(v);
+  }
   std::uint64_t bits = 88172645463325252u;  // xorshift: every exponent turns up
   for (int i = 0; i < 2000; ++i) {
     bits ^= bits << 13;
@@ -53,17 +36,17 @@ TEST(Extended, ReciprocalsAreRoundedToSixtyFourBits) {
 TEST(Extended, KeepsTheBitsThatADoubleLoses) {
   EXPECT_TRUE(SameBits((kOneSixth * 6.0).toDouble(), 1.0));
   int differ = 0;
-  for (double x : test::uniform(1000)) {
+  for (double x : uniform(1000)) {
     const double extended = (kOneSixth * x).toDouble();
     EXPECT_TRUE(SameBits(extended, x / 6.0));
-    differ += test::sameBits(extended, x * (1.0 / 6.0)) ? 0 : 1;
+    differ += sameBits(extended, x * (1.0 / 6.0)) ? 0 : 1;
   }
   EXPECT_GT(differ, 100);
 }
 
 TEST(Extended, IntegersGiveTheBitsOfTheHardware) {
   if (!HardExtended::kAvailable) GTEST_SKIP() << "long double has no 64-bit mantissa here";
-  const std::vector<double> values = awkwardDoubles();
+  const Values values = awkwardDoubles();
   for (ExtendedConstant c :
        {extendedReciprocal(6), extendedReciprocal(360), extendedReciprocal(7)}) {
     const SoftExtended soft(c);
@@ -79,4 +62,4 @@ TEST(Extended, IntegersGiveTheBitsOfTheHardware) {
 }
 
 }  // namespace
-}  // namespace fathom
+}  // namespace fathom::test

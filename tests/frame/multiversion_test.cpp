@@ -1,13 +1,8 @@
 #include "frame/multiversion.hpp"
 
-#include <gtest/gtest.h>
+#include "support/testing.hpp"
 
-#include <cstddef>
-#include <vector>
-
-#include "support/bits.hpp"
-#include "support/signals.hpp"
-
+namespace fathom::test {
 namespace {
 
 FATHOM_MULTIVERSION void fast(const double* a, const double* b, std::size_t n, double* y) {
@@ -26,12 +21,13 @@ void plain(const double* a, const double* b, std::size_t n, double* y) {
 // The variant that this processor gets fuses nothing, and in-place operands are as good as others.
 TEST(Multiversion, GivesTheBitsOfThePlainLoop) {
   for (std::size_t n = 0; n < 70; ++n) {
-    const std::vector<double> a = fathom::test::uniform(n, 1), b = fathom::test::uniform(n, 2);
-    std::vector<double> x = a, y = a;
+    const Values a = uniform(n, 1), b = uniform(n, 2);
+    Values x = a, y = a;
     fast(x.data(), b.data(), n, x.data());
     plain(y.data(), b.data(), n, y.data());
-    EXPECT_TRUE(fathom::test::SameBits(x, y)) << n;
+    EXPECT_TRUE(SameBits(x, y)) << n;
   }
 }
 
 }  // namespace
+}  // namespace fathom::test

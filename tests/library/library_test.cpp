@@ -94,13 +94,11 @@ TEST(Library, SurvivesEveryFailedAllocation) {
       for (int k = 1;; ++k) {
         Slots slots = prepare(r, size, 1);
         const Slots before = slots;
-        AnalysisStatus status = FATHOM_OK;
-        int made = 0;
-        {
+        const auto [status, made] = [&] {
           const FailingMalloc failing(k);
-          status = r.call(slots);
-          made = failing.requests();
-        }
+          const AnalysisStatus returned = r.call(slots);
+          return std::pair(returned, failing.requests());
+        }();
         if (made < k) break;
         ++requests;
         const std::size_t index = static_cast<std::size_t>(k) - 1;

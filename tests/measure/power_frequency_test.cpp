@@ -52,13 +52,11 @@ TEST(PowerFrequency, BandsAndTheirCentres) {
 
 TEST(PowerFrequency, DividesByTheNoiseBandwidth) {
   const Values silent(5, 0.0);
-  double frequency = -1.0, power = -1.0;
+  double frequency, power;
   PowerFrequencyEstimate(kSpectrum.data(), 10, -1.0, 1.5, 0.0, 1.0, 3, &frequency, &power);
   EXPECT_EQ(power, 1184 / 1.5);
-  EXPECT_EQ(PowerFrequencyEstimate(silent.data(), 5, 1.7, 1.5, 0.0, 0.5, 3, &frequency, &power),
-            FATHOM_OK);
-  EXPECT_EQ(power, 0.0);
-  EXPECT_EQ(frequency, 1.5);  // the bin's own, where there is no centre
+  PowerFrequencyEstimate(silent.data(), 5, 1.7, 1.5, 0.0, 0.5, 3, &frequency, &power);
+  EXPECT_TRUE(power == 0.0 && frequency == 1.5);  // the bin's own, where there is no centre
 }
 
 }  // namespace

@@ -51,22 +51,17 @@ TEST(Network, OneRecordGivesTheSystem) {
 }
 
 struct Network {
-  explicit Network(std::size_t n)
-      : crossMagnitude(std::max<std::size_t>(n / 2, 1)),
-        crossPhase(crossMagnitude.size()),
-        coherence(crossMagnitude.size()),
-        magnitude(n / 2),
-        phase(n / 2),
-        impulse(n),
-        df(1) {}
+  explicit Network(std::size_t n) : impulse(n), df(1) {
+    const std::size_t half = n / 2, bins = std::max<std::size_t>(half, 1);
+    for (const std::size_t size : {bins, bins, bins, half, half}) spectra.emplace_back(size);
+  }
   AnalysisStatus measure(const Values& x, const Values& y, std::int32_t n, std::int32_t frames) {
-    return NetworkFunctions(x.data(), y.data(), n, frames, 0.125, crossMagnitude, crossPhase,
-                            magnitude, phase, coherence, impulse, df);
+    return NetworkFunctions(x.data(), y.data(), n, frames, 0.125, spectra[0], spectra[1],
+                            spectra[3], spectra[4], spectra[2], impulse, df);
   }
-  std::vector<Guarded*> outputs() {
-    return {&crossMagnitude, &crossPhase, &coherence, &magnitude, &phase, &impulse, &df};
-  }
-  Guarded crossMagnitude, crossPhase, coherence, magnitude, phase, impulse, df;
+  // Cross magnitude and phase, coherence, magnitude and phase.
+  std::vector<Guarded> spectra;
+  Guarded impulse, df;
 };
 
 // The averages put together from the exported spectra, two-sided, one frame after another.
@@ -90,21 +85,22 @@ TEST(Network, AveragesKeepTheBitsOfTheSpectra) {
         for (std::size_t k = 0; k < size; ++k) px[k] += a[k], py[k] += b[k];
       }
       for (std::size_t k = 0; k < size; ++k) a[k] = re[k] / px[k], b[k] = im[k] / px[k];
-      for (std::size_t k = 0; k < network.coherence.size(); ++k) {
+      for (std::size_t k = 0; k < network.spectra[0].size(); ++k) {
         const double square = re[k] * re[k] + im[k] * im[k];
         const double sides = k == 0 ? 1.0 : 2.0;
         const double expected[] = {sides * (1.0 / frames) * std::sqrt(square),
                                    std::atan2(im[k], re[k]), square / (px[k] * py[k]),
                                    std::sqrt(a[k] * a[k] + b[k] * b[k]), std::atan2(b[k], a[k])};
-        for (std::size_t i = 0; i < 5 && k < network.outputs()[i]->size(); ++i) {
-          ASSERT_TRUE(SameBits(network.outputs()[i]->data()[k], expected[i]))
+        for (std::size_t i = 0; i < 5 && k < network.spectra[i].size(); ++i) {
+          ASSERT_TRUE(SameBits(network.spectra[i][k], expected[i]))
               << n << ' ' << frames << " bin " << k << " output " << i;
         }
       }
       InvFFT(a.data(), b.data(), n);
       ASSERT_TRUE(SameBits(network.impulse.values(), a)) << n << ' ' << frames;
       EXPECT_EQ(network.df[0], 8.0 / n);
-      for (Guarded* g : network.outputs()) EXPECT_TRUE(g->intact());
+      for (const Guarded& g : network.spectra) EXPECT_TRUE(g.intact());
+      EXPECT_TRUE(network.impulse.intact() && network.df.intact());
     }
   }
 }
@@ -114,11 +110,12 @@ TEST(Network, ChecksAndRequests) {
   Network network(8);
   EXPECT_EQ(network.measure(x, x, 12, -1), FATHOM_ERR_NO_SAMPLES);
   EXPECT_EQ(network.measure(x, x, 6, 2), FATHOM_ERR_POWER_OF_TWO);
-  EXPECT_EQ(
-      TransferFunction(x.data(), x.data(), 6, 1.0, network.magnitude, network.phase, network.df),
-      FATHOM_ERR_POWER_OF_TWO);
+  EXPECT_EQ(TransferFunction(x.data(), x.data(), 6, 1.0, network.spectra[0], network.spectra[1],
+                             network.df),
+            FATHOM_ERR_POWER_OF_TWO);
   EXPECT_EQ(ImpulseResponse(x.data(), x.data(), 6, network.impulse), FATHOM_ERR_POWER_OF_TWO);
-  for (Guarded* g : network.outputs()) EXPECT_TRUE(g->untouched());
+  for (const Guarded& g : network.spectra) EXPECT_TRUE(g.untouched());
+  EXPECT_TRUE(network.impulse.untouched() && network.df.untouched());
   const FailingMalloc requests(0);
   network.measure(x, x, 8, 2);
   EXPECT_EQ(requests.requests(), 6);  // and no more, however many frames
