@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "array/for_each.hpp"
 #include "array/matrix_size.hpp"
 #include "fathom.h"
 #include "frame/lanes.hpp"
@@ -12,12 +13,7 @@ namespace {
 
 FATHOM_MULTIVERSION void evaluateLine(const double* x, std::size_t n, double a, double b,
                                       double* y) {
-  // Up to a cache line of the output first: full-width stores across lines cost twice.
-  const std::size_t misaligned = reinterpret_cast<std::uintptr_t>(y) % 64 / sizeof(double);
-  const std::size_t head = std::min(n, (8 - misaligned) % 8);
-  for (std::size_t i = 0; i < head; ++i) y[i] = x[i] * a + b;
-  FATHOM_INDEPENDENT
-  for (std::size_t i = head; i < n; ++i) y[i] = x[i] * a + b;
+  fathom::forEach(n, y, [=](std::size_t i) { return x[i] * a + b; });
 }
 
 // One tile, its powers and sums in registers, for m of at least 2. Low powers come first: the order
@@ -55,7 +51,13 @@ FATHOM_INLINE void evaluatePolynomialOf(const double* x, std::size_t n, const do
   }
   constexpr std::size_t kTile = kRegisters * bytes / sizeof(double);
   std::size_t start = 0;
-  for (; start + kTile <= n; start += kTile) evaluateTile<bytes>(x + start, c, m, y + start);
+  for (; start + kTile <= n; start += kTile) {
+    if (n >= fathom::kWorthFetching) {
+      fathom::fetchAhead<kTile>(x + start);
+      fathom::fetchAhead<kTile>(y + start);
+    }
+    evaluateTile<bytes>(x + start, c, m, y + start);
+  }
   if (start == n) return;
   double rest[kTile] = {};
   std::copy_n(x + start, n - start, rest);
