@@ -202,6 +202,10 @@ const std::vector<Routine>& routines() {
       ROUTINE(Triangle, count(kTwo), real(1.5), out()),
       ELEMENTARY(Chirp, count(), real(1.5), real(0.01), real(0.3), out()),
       ELEMENTARY(Sinc, count(), real(1.5), real(2), real(0.1), out()),
+      // generate/noise: seeds of 0 or more, so that no run depends on those before
+      ROUTINE(WhiteNoise, count(), real(1.5), choice(12558384), out()),
+      ROUTINE(GaussNoise, count(), real(1.5), choice(5), out()),
+      ROUTINE(Uniform, count(), choice(1999994880), out()),
       // window
       ELEMENTARY(HanWin, inOut(), count()),
       ELEMENTARY(HamWin, inOut(), count()),
