@@ -44,6 +44,7 @@ void addStatsRows();
 void addGenerateRows();
 void addWindowRows();
 void addSpectralRows();
+void addUnitsRows();
 
 using Array = std::shared_ptr<std::vector<double>>;
 

@@ -13,9 +13,6 @@
 
 namespace {
 
-// Steps over one tile find it in the cache.
-constexpr std::size_t kTile = 512;
-
 // 1 / 0.78^2: dBm are referred to 0.78 V, which is about 1 mW in 600 ohm.
 constexpr fathom::Extended kPerMilliwatt{fathom::extendedReciprocal(0.6084)};
 
@@ -31,48 +28,54 @@ const char* suffixOf(int32_t unit, int32_t scale) {
   return kSuffixes[asAmplitude ? unit & FATHOM_UNIT_PEAK : unit];
 }
 
+// What becomes of a value, from left to right.
 struct Steps {
   bool square;
   double density;  // this factor and the next are 1, which changes nothing, where they do not apply
   double peak;
   bool root;
-  int32_t scale;
+  bool perMilliwatt;
+  double decibels;  // the factor of the logarithm; 0 for none
 };
 
 FATHOM_MULTIVERSION void powers(const double* x, std::size_t n, const Steps& steps, double* y) {
-  const double density = steps.density;
-  const double peak = steps.peak;
-  if (steps.square) {
-    FATHOM_INDEPENDENT
-    for (std::size_t i = 0; i < n; ++i) y[i] = x[i] * x[i] * density * peak;
-  } else {
-    FATHOM_INDEPENDENT
-    for (std::size_t i = 0; i < n; ++i) y[i] = x[i] * density * peak;
+  const auto [square, density, peak, root, perMilliwatt, decibels] = steps;
+  const bool magnitude = root || decibels != 0.0;
+  FATHOM_INDEPENDENT
+  for (std::size_t i = 0; i < n; ++i) {
+    const double power = (square ? x[i] * x[i] : x[i]) * density * peak;
+    y[i] = magnitude ? fathom::fabs(power) : power;
   }
 }
 
 FATHOM_MULTIVERSION void roots(double* y, std::size_t n) {
-  for (std::size_t i = 0; i < n; ++i) y[i] = fathom::sqrt(fathom::fabs(y[i]));
+  for (std::size_t i = 0; i < n; ++i) y[i] = fathom::sqrt(y[i]);
+}
+
+FATHOM_MULTIVERSION void multiply(double* y, std::size_t n, double factor) {
+  for (std::size_t i = 0; i < n; ++i) y[i] *= factor;
 }
 
 void referToMilliwatt(double* y, std::size_t n) {
-  for (std::size_t i = 0; i < n; ++i) y[i] = (fathom::fabs(y[i]) * kPerMilliwatt).toDouble();
+  for (std::size_t i = 0; i < n; ++i) y[i] = (y[i] * kPerMilliwatt).toDouble();
 }
 
-void decibels(const double* x, std::size_t n, double factor, double* y) {
-  for (std::size_t i = 0; i < n; ++i) y[i] = factor * fathom::log10(fathom::fabs(x[i]));
-}
-
+// The logarithms find nothing to wait for: all else is done in passes of its own over a tile.
 void convert(const double* spectrum, std::size_t n, const Steps& steps, double* converted) {
+  constexpr std::size_t kTile = 128;
+  double power[kTile];
   for (std::size_t start = 0; start < n; start += kTile) {
     const std::size_t length = std::min(kTile, n - start);
     double* y = converted + start;
-    powers(spectrum + start, length, steps, y);
-    if (steps.root) roots(y, length);
-    if (steps.scale == FATHOM_SCALE_DBM) referToMilliwatt(y, length);
-    if (steps.scale == FATHOM_SCALE_DB || steps.scale == FATHOM_SCALE_DBM) {
-      decibels(y, length, 10.0, y);
+    if (steps.decibels == 0.0) {
+      powers(spectrum + start, length, steps, y);
+      if (steps.root) roots(y, length);
+      continue;
     }
+    powers(spectrum + start, length, steps, power);
+    if (steps.perMilliwatt) referToMilliwatt(power, length);
+    for (std::size_t i = 0; i < length; ++i) y[i] = fathom::log10(power[i]);
+    multiply(y, length, steps.decibels);
   }
 }
 
@@ -91,19 +94,16 @@ AnalysisStatus SpectrumUnitConversion(const double* spectrum, int32_t n, int32_t
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   const auto count = static_cast<std::size_t>(n);
   if (kind == FATHOM_SPECTRUM_MAGNITUDE) {
-    if (scale == FATHOM_SCALE_LINEAR) {
-      Copy1D(spectrum, n, converted);
-    } else {
-      decibels(spectrum, count, 20.0, converted);
-    }
-    append(label, scale == FATHOM_SCALE_LINEAR ? "" : "dB");
+    const bool linear = scale == FATHOM_SCALE_LINEAR;
+    convert(spectrum, count, {false, 1.0, 1.0, false, false, linear ? 0.0 : 20.0}, converted);
+    append(label, linear ? "" : "dB");
     return FATHOM_OK;
   }
 
-  const bool density = (unit & FATHOM_UNIT_DENSITY) != 0;
-  const bool root = scale == FATHOM_SCALE_LINEAR && (unit & FATHOM_UNIT_POWER) == 0;
-  Steps steps{kind != FATHOM_SPECTRUM_POWER, density ? 1.0 / (noiseBandwidth * df) : 1.0, 1.0, root,
-              scale};
+  Steps steps{kind != FATHOM_SPECTRUM_POWER, 1.0, 1.0, false, scale == FATHOM_SCALE_DBM, 0.0};
+  if ((unit & FATHOM_UNIT_DENSITY) != 0) steps.density = 1.0 / (noiseBandwidth * df);
+  if (scale == FATHOM_SCALE_LINEAR) steps.root = (unit & FATHOM_UNIT_POWER) == 0;
+  if (scale == FATHOM_SCALE_DB || scale == FATHOM_SCALE_DBM) steps.decibels = 10.0;
   convert(spectrum, 1, steps, converted);  // a constant's peak is its RMS value
   if (scale != FATHOM_SCALE_DBM && (unit & FATHOM_UNIT_PEAK) != 0) steps.peak = 2.0;
   convert(spectrum + 1, count - 1, steps, converted + 1);
