@@ -147,6 +147,15 @@ enum FathomBand {
   FATHOM_BANDSTOP = 3
 };
 
+/** Windows of the Wind_ designs. Any other value is FATHOM_FIR_HAMMING. */
+enum FathomFirWindow {
+  FATHOM_FIR_RECTANGULAR = 1,
+  FATHOM_FIR_TRIANGULAR = 2,
+  FATHOM_FIR_HANNING = 3,
+  FATHOM_FIR_HAMMING = 4,
+  FATHOM_FIR_BLACKMAN = 5
+};
+
 /**
  * An IIR filter as a cascade of sections, with its delay state: one heap block that
  * AllocIIRFilterPtr makes, one of the ..._CascadeCoef routines fills, IIRCascadeFiltering runs data
@@ -2025,8 +2034,8 @@ enum FathomPolarity {
  *
  * @param[in] x the next n samples
  * @param[in] n at least 1; 0, with x not used, is allowed with endOfData
- * @param[in] threshold in the unit of x. It is used when a signal begins; so are width and polarity,
- *            which are checked in every call
+ * @param[in] threshold in the unit of x. It is used when a signal begins; so are width and
+ * polarity, which are checked in every call
  * @param[in] width of the runs in samples, at least 3: about the width of the peaks at half their
  *            height, or less; a larger one suppresses more noise and merges peaks that are close
  * @param[in] polarity a FathomPolarity
@@ -2036,7 +2045,8 @@ enum FathomPolarity {
  * @param[out] locations in samples from the signal's first sample, ascending, with fractions: a new
  *             array of *count values, to be released with FreeAnalysisMem; null if *count is 0
  * @param[out] amplitudes of the quadratics at the locations: such an array, in the unit of x
- * @param[out] secondDerivatives of the quadratics: such an array, in the unit of x per sample squared
+ * @param[out] secondDerivatives of the quadratics: such an array, in the unit of x per sample
+ * squared
  * @param[out] count peaks that this call reports
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1, but for n = 0 with endOfData;
  *         FATHOM_ERR_SELECTION if width < 3; FATHOM_ERR_SELECTION if polarity is not 0 or 1;
@@ -2076,13 +2086,62 @@ FATHOM_API AnalysisStatus Bw_BSF(const double* x, int32_t n, double fs, double l
 
 /* ---- IIR filters: Chebyshev (src/filter/iir/chebyshev.cpp) ---------------------------------- */
 
+FATHOM_API AnalysisStatus Ch_CascadeCoef(double fs, double low, double high, double ripple,
+                                         IIRFilterPtr record);
+FATHOM_API AnalysisStatus Ch_Coef(int32_t type, int32_t order, double fs, double low, double high,
+                                  double ripple, double* a, int32_t aCapacity, double* b,
+                                  int32_t bCapacity);
+FATHOM_API AnalysisStatus Ch_LPF(const double* x, int32_t n, double fs, double cutoff,
+                                 double ripple, int32_t order, double* y);
+FATHOM_API AnalysisStatus Ch_HPF(const double* x, int32_t n, double fs, double cutoff,
+                                 double ripple, int32_t order, double* y);
+FATHOM_API AnalysisStatus Ch_BPF(const double* x, int32_t n, double fs, double low, double high,
+                                 double ripple, int32_t order, double* y);
+FATHOM_API AnalysisStatus Ch_BSF(const double* x, int32_t n, double fs, double low, double high,
+                                 double ripple, int32_t order, double* y);
+
 /* ---- IIR filters: inverse Chebyshev (src/filter/iir/inverse_chebyshev.cpp) ------------------ */
+
+FATHOM_API AnalysisStatus InvCh_CascadeCoef(double fs, double low, double high, double attenuation,
+                                            IIRFilterPtr record);
+FATHOM_API AnalysisStatus InvCh_Coef(int32_t type, int32_t order, double fs, double low,
+                                     double high, double attenuation, double* a, int32_t aCapacity,
+                                     double* b, int32_t bCapacity);
+FATHOM_API AnalysisStatus InvCh_LPF(const double* x, int32_t n, double fs, double cutoff,
+                                    double attenuation, int32_t order, double* y);
+FATHOM_API AnalysisStatus InvCh_HPF(const double* x, int32_t n, double fs, double cutoff,
+                                    double attenuation, int32_t order, double* y);
+FATHOM_API AnalysisStatus InvCh_BPF(const double* x, int32_t n, double fs, double low, double high,
+                                    double attenuation, int32_t order, double* y);
+FATHOM_API AnalysisStatus InvCh_BSF(const double* x, int32_t n, double fs, double low, double high,
+                                    double attenuation, int32_t order, double* y);
 
 /* ---- IIR filters: elliptic (src/filter/iir/elliptic.cpp) ------------------------------------ */
 
 /* ---- IIR filters: Bessel (src/filter/iir/bessel.cpp) ---------------------------------------- */
 
+FATHOM_API AnalysisStatus Bessel_CascadeCoef(double fs, double low, double high,
+                                             IIRFilterPtr record);
+FATHOM_API AnalysisStatus Bessel_Coef(int32_t type, int32_t order, double fs, double low,
+                                      double high, double* a, int32_t aCapacity, double* b,
+                                      int32_t bCapacity);
+
 /* ---- FIR filters: windowed designs (src/filter/fir/windowed.cpp) ---------------------------- */
+
+FATHOM_API AnalysisStatus FIR_Coef(int32_t type, double fs, double low, double high, int32_t n,
+                                   double* h);
+FATHOM_API AnalysisStatus Wind_LPF(double fs, double cutoff, int32_t n, double* h, int32_t window);
+FATHOM_API AnalysisStatus Wind_HPF(double fs, double cutoff, int32_t n, double* h, int32_t window);
+FATHOM_API AnalysisStatus Wind_BPF(double fs, double low, double high, int32_t n, double* h,
+                                   int32_t window);
+FATHOM_API AnalysisStatus Wind_BSF(double fs, double low, double high, int32_t n, double* h,
+                                   int32_t window);
+FATHOM_API AnalysisStatus Ksr_LPF(double fs, double cutoff, int32_t n, double* h, double beta);
+FATHOM_API AnalysisStatus Ksr_HPF(double fs, double cutoff, int32_t n, double* h, double beta);
+FATHOM_API AnalysisStatus Ksr_BPF(double fs, double low, double high, int32_t n, double* h,
+                                  double beta);
+FATHOM_API AnalysisStatus Ksr_BSF(double fs, double low, double high, int32_t n, double* h,
+                                  double beta);
 
 /* ---- FIR filters: equiripple designs (src/filter/fir/equiripple.cpp) ------------------------ */
 

@@ -1,0 +1,150 @@
+// Linear-phase FIR filters from the ideal response, cut off or weighted by a window (L. R. Rabiner
+// and B. Gold, "Theory and Application of Digital Signal Processing", 1975).
+#include <cstddef>
+#include <cstdint>
+
+#include "fathom.h"
+#include "frame/elementary.hpp"
+#include "frame/extended.hpp"
+#include "frame/workspace.hpp"
+
+namespace {
+
+// The argument of an edge's sine, tap by tap towards the centre.
+class Angle {
+ public:
+  Angle(double w, double lengthLessOne) : w_(w), t_(-w * lengthLessOne * 0.5) {}
+  double nextSine() {
+    const double t = t_;
+    t_ += w_;
+    return fathom::sin(t);
+  }
+
+ private:
+  double w_, t_;
+};
+
+// Both halves of the taps, from the numerators of the sines over pi times the tap's distance from
+// the centre; the middle one, which an even number has not, is given.
+template <typename Numerator>
+void fill(int32_t n, double* h, double centre, Numerator numerator) {
+  const double lengthLessOne = n - 1;
+  double d = lengthLessOne * -fathom::kPi * 0.5;
+  for (int32_t k = 0; k < n / 2; ++k) {
+    h[k] = h[n - 1 - k] = numerator() / d;
+    d += fathom::kPi;
+  }
+  if (n % 2 != 0) h[n / 2] = centre;
+}
+
+void idealResponse(int32_t type, double fs, double low, double high, int32_t n, double* h) {
+  constexpr fathom::Extended kOneOverPi{fathom::extendedReciprocal(fathom::kPi)};
+  const bool oneEdge = type == FATHOM_LOWPASS || type == FATHOM_HIGHPASS;
+  const double wl = fathom::kTwoPi * low / fs, wh = oneEdge ? 0.0 : fathom::kTwoPi * high / fs;
+  const double share = ((oneEdge ? wl : wh - wl) * kOneOverPi).toDouble();
+  Angle lower(wl, n - 1), upper(wh, n - 1);
+  switch (type) {
+    case FATHOM_LOWPASS:
+      fill(n, h, share, [&] { return lower.nextSine(); });
+      break;
+    case FATHOM_HIGHPASS:
+      fill(n, h, 1.0 - share, [&] { return -lower.nextSine(); });
+      break;
+    case FATHOM_BANDPASS:
+      fill(n, h, share, [&] { return upper.nextSine() - lower.nextSine(); });
+      break;
+    default:
+      fill(n, h, 1.0 - share, [&] { return lower.nextSine() - upper.nextSine(); });
+      break;
+  }
+}
+
+// Weights the taps by the window. Its routine shapes one point less than there are taps: the last
+// is the first.
+template <typename Window>
+AnalysisStatus weight(int32_t n, double* h, Window window) {
+  fathom::Workspace<double> w(static_cast<std::size_t>(n));
+  if (!w) return FATHOM_ERR_MEMORY;
+  Set1D(w.data(), n, 1.0);
+  const AnalysisStatus status = window(w.data(), n - 1);
+  w[static_cast<std::size_t>(n) - 1] = w[0];
+  Mul1D(h, w.data(), n, h);
+  return status;
+}
+
+AnalysisStatus windowed(int32_t type, double fs, double low, double high, int32_t n, double* h,
+                        int32_t window) {
+  if (const AnalysisStatus status = FIR_Coef(type, fs, low, high, n, h); status != FATHOM_OK) {
+    return status;
+  }
+  switch (window) {
+    case FATHOM_FIR_RECTANGULAR:
+      return weight(n, h, [](double*, int32_t) { return AnalysisStatus{FATHOM_OK}; });
+    case FATHOM_FIR_TRIANGULAR:
+      return weight(n, h, TriWin);
+    case FATHOM_FIR_HANNING:
+      return weight(n, h, HanWin);
+    case FATHOM_FIR_BLACKMAN:
+      return weight(n, h, BkmanWin);
+    default:
+      return weight(n, h, HamWin);
+  }
+}
+
+AnalysisStatus kaiser(int32_t type, double fs, double low, double high, int32_t n, double* h,
+                      double beta) {
+  if (const AnalysisStatus status = FIR_Coef(type, fs, low, high, n, h); status != FATHOM_OK) {
+    return status;
+  }
+  constexpr double kDefaultBeta = 4.5;
+  const double shape = beta < 0.0 ? kDefaultBeta : beta;
+  return weight(n, h, [shape](double* x, int32_t points) { return KsrWin(x, points, shape); });
+}
+
+}  // namespace
+
+AnalysisStatus FIR_Coef(int32_t type, double fs, double low, double high, int32_t n, double* h) {
+  const bool oneEdge = type == FATHOM_LOWPASS || type == FATHOM_HIGHPASS;
+  const bool oddOnly = type == FATHOM_HIGHPASS || type == FATHOM_BANDSTOP;
+  const double top = oneEdge ? (fs * 0.5 + low) * 0.5 : high;
+  if (type < FATHOM_LOWPASS || type > FATHOM_BANDSTOP) return FATHOM_ERR_SELECTION;
+  if (n < 1) return FATHOM_ERR_ORDER;
+  if (low > fs * 0.5 || top > fs * 0.5) return FATHOM_ERR_NYQUIST;
+  if (!(fs > 0.0) || !(low > 0.0)) return FATHOM_ERR_BAND;
+  if (!oneEdge && (!(high > 0.0) || !(low < high))) return FATHOM_ERR_BAND;
+  if (oddOnly && n % 2 == 0) return FATHOM_ERR_ODD_COEFFICIENTS;
+  idealResponse(type, fs, low, high, n, h);
+  return FATHOM_OK;
+}
+
+AnalysisStatus Wind_LPF(double fs, double cutoff, int32_t n, double* h, int32_t window) {
+  return windowed(FATHOM_LOWPASS, fs, cutoff, 0.0, n, h, window);
+}
+
+AnalysisStatus Wind_HPF(double fs, double cutoff, int32_t n, double* h, int32_t window) {
+  return windowed(FATHOM_HIGHPASS, fs, cutoff, 0.0, n, h, window);
+}
+
+AnalysisStatus Wind_BPF(double fs, double low, double high, int32_t n, double* h, int32_t window) {
+  return windowed(FATHOM_BANDPASS, fs, low, high, n, h, window);
+}
+
+AnalysisStatus Wind_BSF(double fs, double low, double high, int32_t n, double* h, int32_t window) {
+  return windowed(FATHOM_BANDSTOP, fs, low, high, n, h, window);
+}
+
+AnalysisStatus Ksr_LPF(double fs, double cutoff, int32_t n, double* h, double beta) {
+  return kaiser(FATHOM_LOWPASS, fs, cutoff, 0.0, n, h, beta);
+}
+
+AnalysisStatus Ksr_HPF(double fs, double cutoff, int32_t n, double* h, double beta) {
+  return kaiser(FATHOM_HIGHPASS, fs, cutoff, 0.0, n, h, beta);
+}
+
+AnalysisStatus Ksr_BPF(double fs, double low, double high, int32_t n, double* h, double beta) {
+  return kaiser(FATHOM_BANDPASS, fs, low, high, n, h, beta);
+}
+
+AnalysisStatus Ksr_BSF(double fs, double low, double high, int32_t n, double* h, double beta) {
+  return kaiser(FATHOM_BANDSTOP, fs, low, high, n, h, beta);
+}

@@ -1,0 +1,132 @@
+// Butterworth filters: poles on the circle, maximally flat (S. Butterworth, "On the theory of
+// filter amplifiers", Experimental Wireless and the Wireless Engineer, 1930), by the bilinear
+// transform.
+#include "fathom.h"
+#include "filter/iir/design.hpp"
+#include "filter/iir/forms.hpp"
+#include "frame/elementary.hpp"
+
+namespace fathom {
+namespace {
+
+Section lowpassFirst(double O) {
+  const double g = O / (1.0 + O);
+  return sectionOf(Numerator::kSum, {g, g}, {-(1.0 - O) / (1.0 + O)});
+}
+
+Section lowpassPair(double O, double c) {
+  const double K = c * (2.0 * O), D = (1.0 + O * O) - K;
+  const double b0 = O * O / D;
+  return sectionOf(Numerator::kSum, {b0, b0 + b0, b0},
+                   {-(2.0 - 2.0 * O * O) / D, (1.0 + O * O + K) / D});
+}
+
+Section highpassFirst(double O) {
+  const double g = 1.0 / (1.0 + O);
+  return sectionOf(Numerator::kDifference, {g, -g}, {-(1.0 - O) * g});
+}
+
+Section highpassPair(double O, double c) {
+  const double K = c * (2.0 * O), g = 1.0 / ((1.0 + O * O) - K);
+  return sectionOf(Numerator::kDifference, {g, -2.0 * g, g},
+                   {-(2.0 - 2.0 * O * O) * g, (1.0 + O * O + K) * g});
+}
+
+Section bandpassFirst(double P, double B) {
+  const double S = 1.0 + P, D = S + B;
+  return sectionOf(Numerator::kBandpass, {B / D, 0.0, -B / D}, {(1.0 - P) * -2.0 / D, (S - B) / D});
+}
+
+Section bandstopFirst(double P, double B) {
+  const double S = 1.0 + P, D = S + B;
+  const double b0 = S / D, b1 = (1.0 - P) * -2.0 / D;
+  return sectionOf(Numerator::kNotch, {b0, b1, b0}, {b1, (S - B) / D});
+}
+
+Section bandPair(std::int32_t type, double P, double B, double c) {
+  const double K = c * (-2.0 * B), KP = P * K, Q = 2.0 * P + B * B;
+  const double D = 1.0 + K + Q + KP + P * P, M = (K - KP) * 2.0;
+  const double a1 = (-4.0 - M + 4.0 * P * P) / D, a2 = (6.0 - 2.0 * Q + 6.0 * P * P) / D;
+  const double a3 = (M - 4.0 + 4.0 * P * P) / D, a4 = (1.0 - K + Q - KP + P * P) / D;
+  if (type == FATHOM_BANDPASS) {
+    const double b0 = B * B / D;
+    return sectionOf(Numerator::kBandpass, {b0, 0.0, -2.0 * b0, 0.0, b0}, {a1, a2, a3, a4});
+  }
+  const double b0 = (1.0 + 2.0 * P + P * P) / D, b1 = (1.0 - P * P) * -4.0 / D;
+  const double b2 = (6.0 - 2.0 * (2.0 * P) + 6.0 * P * P) / D;
+  return sectionOf(Numerator::kGeneral, {b0, b1, b2, b1, b0}, {a1, a2, a3, a4});
+}
+
+class Butterworth {
+ public:
+  explicit Butterworth(const Design& d)
+      : type_(d.type), first_(d.odd()), edge_(d), band_(d), angles_(d.order) {}
+
+  Section next() {
+    const bool first = first_;
+    first_ = false;
+    const double c = first ? 0.0 : cos(angles_.next());
+    switch (type_) {
+      case FATHOM_LOWPASS:
+        return first ? lowpassFirst(edge_.O) : lowpassPair(edge_.O, c);
+      case FATHOM_HIGHPASS:
+        return first ? highpassFirst(edge_.O) : highpassPair(edge_.O, c);
+      case FATHOM_BANDPASS:
+        return first ? bandpassFirst(band_.P, band_.B) : bandPair(type_, band_.P, band_.B, c);
+      default:
+        return first ? bandstopFirst(band_.P, band_.B) : bandPair(type_, band_.P, band_.B, c);
+    }
+  }
+
+ private:
+  std::int32_t type_;
+  bool first_;
+  Edge edge_;
+  BandEdges band_;
+  PoleAngles angles_;
+};
+
+using enum Check;
+constexpr auto kOfRecord = {kOrder, kLow, kHigh, kBand, kRate, kHighNyquist, kLowNyquist};
+constexpr auto kOfDirectForm = {kOrder, kLow, kHigh, kRate, kBand, kHighNyquist};
+constexpr auto kOfOneEdge = {kOrder, kLow, kRate, kLowNyquist};
+constexpr auto kOfBand = {kOrder, kLow, kHigh, kRate, kBand, kHighNyquist};
+
+}  // namespace
+}  // namespace fathom
+
+AnalysisStatus Bw_CascadeCoef(double fs, double low, double high, IIRFilterPtr record) {
+  return fathom::fillRecord<fathom::Butterworth>(fathom::designOf(*record, fs, low, high),
+                                                 fathom::kOfRecord, *record);
+}
+
+AnalysisStatus Bw_Coef(int32_t type, int32_t order, double fs, double low, double high, double* a,
+                       int32_t aCapacity, double* b, int32_t bCapacity) {
+  const double top = type < FATHOM_BANDPASS ? fathom::highOfOneEdge(fs, low) : high;
+  return fathom::directForm<fathom::Butterworth>({type, order, fs, low, top}, fathom::kOfDirectForm,
+                                                 a, aCapacity, b, bCapacity);
+}
+
+AnalysisStatus Bw_LPF(const double* x, int32_t n, double fs, double cutoff, int32_t order,
+                      double* y) {
+  return fathom::filterOnce<fathom::Butterworth>({FATHOM_LOWPASS, order, fs, cutoff, 0.0},
+                                                 fathom::kOfOneEdge, x, n, y);
+}
+
+AnalysisStatus Bw_HPF(const double* x, int32_t n, double fs, double cutoff, int32_t order,
+                      double* y) {
+  return fathom::filterOnce<fathom::Butterworth>({FATHOM_HIGHPASS, order, fs, cutoff, 0.0},
+                                                 fathom::kOfOneEdge, x, n, y);
+}
+
+AnalysisStatus Bw_BPF(const double* x, int32_t n, double fs, double low, double high, int32_t order,
+                      double* y) {
+  return fathom::filterOnce<fathom::Butterworth>({FATHOM_BANDPASS, order, fs, low, high},
+                                                 fathom::kOfBand, x, n, y);
+}
+
+AnalysisStatus Bw_BSF(const double* x, int32_t n, double fs, double low, double high, int32_t order,
+                      double* y) {
+  return fathom::filterOnce<fathom::Butterworth>({FATHOM_BANDSTOP, order, fs, low, high},
+                                                 fathom::kOfBand, x, n, y);
+}
