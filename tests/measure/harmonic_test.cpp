@@ -13,10 +13,6 @@ const double kCosines[8][4] = {{1.0},
                                {0.2810638602, 0.5208971735, 0.1980389663},
                                {0.35875, 0.48829, 0.14128, 0.01168}};
 
-struct Tone {
-  double bin, amplitude;
-};
-
 struct Analysis {
   explicit Analysis(const Values& s, std::size_t harmonics)
       : spectrum(s), amplitudes(harmonics), frequencies(harmonics), thd(1), thdNoise(1) {}
@@ -84,9 +80,9 @@ TEST(Harmonic, EachWindowsOwnSpectrumComesBackExactly) {
 }
 
 // Powers of single bins, all read back as they are: no neighbour differs by more than 1e-7.
-Values comb(std::size_t n, const std::vector<Tone>& tones) {
+Values comb(std::size_t n, const std::vector<std::pair<std::size_t, double>>& powers) {
   Values s(n);
-  for (const Tone& t : tones) s[static_cast<std::size_t>(t.bin)] = t.amplitude;
+  for (const auto& [bin, power] : powers) s[bin] = power;
   return s;
 }
 

@@ -6,15 +6,13 @@ namespace {
 // Powers 1, 2, 4, ... from bin 0, with the largest in bin 6.
 const Values kSpectrum = {1, 2, 4, 8, 16, 32, 1024, 128, 256, 512};
 
-struct Case {
-  double search, df;
-  std::int32_t span;
-  double power, frequency;
-};
-
 TEST(PowerFrequency, BandsAndTheirCentres) {
   const double aroundLargest = (5.0 * 32 + 6.0 * 1024 + 7.0 * 128);
-  const Case cases[] = {
+  const struct {
+    double search, df;
+    std::int32_t span;
+    double power, frequency;
+  } cases[] = {
       // the whole spectrum is searched
       {-1.0, 2.0, 3, 1184, aroundLargest * 2.0 / 1184},
       {-kInf, 2.0, 3, 1184, aroundLargest * 2.0 / 1184},
@@ -40,7 +38,7 @@ TEST(PowerFrequency, BandsAndTheirCentres) {
       {1e300, -1e-300, 3, 0, kInf},
       {1.0, -0.0, 3, 0, kNan},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     double frequency = -1.0, power = -1.0;
     ASSERT_EQ(PowerFrequencyEstimate(kSpectrum.data(), 10, c.search, 1.0, kNan, c.df, c.span,
                                      &frequency, &power),
