@@ -64,10 +64,11 @@ const std::string kPlannedPerCall = "FFTW planned per call";
 
 // `calls` angles a and 3a in turn, with a over [0, range).
 double sumOfSineCosine(std::int32_t calls, double range) {
-  const double step = range / (calls / 2);
+  const std::int32_t pairs = calls / 2;
+  const double step = range / pairs;
   double angle = 0.0;
   double sum = 0.0;
-  for (std::int32_t k = 0; k < calls / 2; ++k) {
+  for (std::int32_t k = 0; k < pairs; ++k) {
     for (const double a : {angle, 3.0 * angle}) {
       double s = 0.0;
       double c = 0.0;
