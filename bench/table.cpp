@@ -238,6 +238,7 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   fathom::bench::addArrayRows();
+  fathom::bench::addArrayComplexRows();
   fathom::bench::addStatsRows();
   fathom::bench::addGenerateRows();
   fathom::bench::addWindowRows();

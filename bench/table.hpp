@@ -40,6 +40,7 @@ void leaveOut(const std::string& peer, const std::string& work);
 
 // One function per source file, each adding its rows.
 void addArrayRows();
+void addArrayComplexRows();
 void addStatsRows();
 void addGenerateRows();
 void addWindowRows();

@@ -1,6 +1,5 @@
 // The formulas of complex arithmetic, each written once for its scalar and its array routine. The
-// order of the operations in them decides the last bits. A zero divisor is one that is no number as
-// well.
+// order of the operations in them decides the last bits.
 #ifndef FATHOM_ARRAY_COMPLEX_HPP
 #define FATHOM_ARRAY_COMPLEX_HPP
 
@@ -19,7 +18,7 @@ struct Polar {
   double phase;
 };
 
-// False for NaN as well as for zero.
+// What the checks ask of a number: false for NaN as well as for zero.
 FATHOM_INLINE bool isNonzero(double x) {
   return fabs(x) > 0.0;
 }
@@ -45,15 +44,16 @@ FATHOM_INLINE Complex quotient(Complex a, Complex b, double m) {
   return {(a.re * b.re + a.im * b.im) / m, (a.im * b.re - a.re * b.im) / m};
 }
 
-// The polar form of a, whose angle is given. It is 0, 0 where neither part is a number but zero.
-FATHOM_INLINE Polar polar(Complex a, double angle) {
-  const bool nonzero = isNonzero(a.re) || isNonzero(a.im);
-  return {nonzero ? sqrt(squaredModulus(a)) : 0.0, nonzero ? angle : 0.0};
+// Both are 0 where each part is zero or NaN.
+inline Polar polar(Complex a) {
+  if (!isNonzero(a.re) && !isNonzero(a.im)) return {0.0, 0.0};
+  return {sqrt(squaredModulus(a)), atan2(a.im, a.re)};
 }
 
-// The rectangular form of the magnitude at an angle of this sine and cosine.
-FATHOM_INLINE Complex rectangular(double magnitude, double sine, double cosine) {
-  return {cosine * magnitude, sine * magnitude};
+inline Complex rectangular(Polar p) {
+  double sine, cosine;
+  sincos(p.phase, sine, cosine);
+  return {cosine * p.magnitude, sine * p.magnitude};
 }
 
 }  // namespace fathom

@@ -1,10 +1,11 @@
 // Split complex arrays, element by element: arithmetic and the conversion between rectangular and
-// polar form. An element is read whole before its result is written.
+// polar form.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
 #include "array/complex.hpp"
+#include "array/for_each.hpp"
 #include "fathom.h"
 #include "frame/elementary.hpp"
 #include "frame/multiversion.hpp"
@@ -28,15 +29,27 @@ struct Result {
   }
 };
 
-// y[i] = element(i) for every i. Long outputs are brought to a cache line first.
+FATHOM_INLINE void fetchAhead(Result y, std::size_t start) {
+  fathom::fetchAhead<fathom::kBlock>(y.re + start);
+  fathom::fetchAhead<fathom::kBlock>(y.im + start);
+}
+
+// y[i] = element(i) for every i. Long outputs are aligned and fetched as those of one array are.
 template <typename Element>
 FATHOM_INLINE void forEach(std::size_t n, Result y, Element element) {
-  constexpr std::size_t kLine = 64;
+  constexpr std::size_t kWorthAligning = 256;
+  constexpr std::size_t kBeyondFirstCache = 2048;
   std::size_t start = 0;
-  if (n >= 256) {
-    const std::size_t past = reinterpret_cast<std::uintptr_t>(y.re) % kLine;
-    const std::size_t head = (kLine - past) % kLine / sizeof(double);
+  if (n >= kWorthAligning) {
+    const std::size_t head = fathom::beforeLine(y.re, n);
     for (; start < head; ++start) y.set(start, element(start));
+  }
+  if (n >= kBeyondFirstCache) {
+    for (; start + fathom::kBlock <= n; start += fathom::kBlock) {
+      fetchAhead(y, start);
+      FATHOM_INDEPENDENT
+      for (std::size_t i = 0; i < fathom::kBlock; ++i) y.set(start + i, element(start + i));
+    }
   }
   FATHOM_INDEPENDENT
   for (std::size_t i = start; i < n; ++i) y.set(i, element(i));
@@ -53,17 +66,18 @@ FATHOM_MULTIVERSION void evaluateLine(Operand a, std::size_t n, Complex b, Compl
 // Divides up to the first element whose divisor has no squared modulus to divide by; returns its
 // index, or n. All divisors of a block are known to be fit before its first quotient is written.
 FATHOM_MULTIVERSION std::size_t divideChecked(Operand a, Operand b, std::size_t n, Result y) {
-  constexpr std::size_t kBlock = 64;
-  double m[kBlock];
+  double m[fathom::kBlock];
   std::size_t start = 0;
   while (start < n) {
-    const std::size_t length = std::min(kBlock, n - start);
+    const std::size_t head = fathom::beforeLine(y.re + start, n - start);
+    const std::size_t length = head > 0 ? head : std::min(fathom::kBlock, n - start);
     std::int64_t unfit = 0;
     for (std::size_t i = 0; i < length; ++i) {
       m[i] = fathom::squaredModulus(b[start + i]);
       unfit |= fathom::isNonzero(m[i]) ? 0 : 1;
     }
     if (unfit != 0) break;
+    fetchAhead(y, start);
     FATHOM_INDEPENDENT
     for (std::size_t i = 0; i < length; ++i) {
       y.set(start + i, fathom::quotient(a[start + i], b[start + i], m[i]));
@@ -71,32 +85,11 @@ FATHOM_MULTIVERSION std::size_t divideChecked(Operand a, Operand b, std::size_t 
     start += length;
   }
   for (; start < n; ++start) {
-    const double modulus = fathom::squaredModulus(b[start]);
-    if (!fathom::isNonzero(modulus)) break;
-    y.set(start, fathom::quotient(a[start], b[start], modulus));
+    const double square = fathom::squaredModulus(b[start]);
+    if (!fathom::isNonzero(square)) break;
+    y.set(start, fathom::quotient(a[start], b[start], square));
   }
   return start;
-}
-
-// The conversions take their angles, sines and cosines from tiles.
-constexpr std::size_t kTile = 128;
-
-FATHOM_MULTIVERSION void toPolar(Operand a, const double* angle, std::size_t n, double* magnitude,
-                                 double* phase) {
-  FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) {
-    const fathom::Polar p = fathom::polar(a[i], angle[i]);
-    magnitude[i] = p.magnitude;
-    phase[i] = p.phase;
-  }
-}
-
-FATHOM_MULTIVERSION void toRectangular(const double* magnitude, const double* sine,
-                                       const double* cosine, std::size_t n, Result y) {
-  FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) {
-    y.set(i, fathom::rectangular(magnitude[i], sine[i], cosine[i]));
-  }
 }
 
 }  // namespace
@@ -138,12 +131,10 @@ AnalysisStatus CxLinEv1D(const double* ar, const double* ai, int32_t n, double b
 AnalysisStatus ToPolar1D(const double* re, const double* im, int32_t n, double* magnitude,
                          double* phase) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
-  const auto count = static_cast<std::size_t>(n);
-  double angle[kTile];
-  for (std::size_t start = 0; start < count; start += kTile) {
-    const std::size_t length = std::min(kTile, count - start);
-    fathom::atan2(im + start, re + start, length, angle);
-    toPolar({re + start, im + start}, angle, length, magnitude + start, phase + start);
+  for (int32_t i = 0; i < n; ++i) {
+    const fathom::Polar p = fathom::polar({re[i], im[i]});
+    magnitude[i] = p.magnitude;
+    phase[i] = p.phase;
   }
   return FATHOM_OK;
 }
@@ -151,13 +142,10 @@ AnalysisStatus ToPolar1D(const double* re, const double* im, int32_t n, double* 
 AnalysisStatus ToRect1D(const double* magnitude, const double* phase, int32_t n, double* re,
                         double* im) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
-  const auto count = static_cast<std::size_t>(n);
-  double sine[kTile];
-  double cosine[kTile];
-  for (std::size_t start = 0; start < count; start += kTile) {
-    const std::size_t length = std::min(kTile, count - start);
-    fathom::sincos(phase + start, length, sine, cosine);
-    toRectangular(magnitude + start, sine, cosine, length, {re + start, im + start});
+  for (int32_t i = 0; i < n; ++i) {
+    const Complex z = fathom::rectangular({magnitude[i], phase[i]});
+    re[i] = z.re;
+    im[i] = z.im;
   }
   return FATHOM_OK;
 }

@@ -97,9 +97,6 @@ inline void cos(const double* x, std::size_t n, double* c) {
 inline void exp(const double* x, std::size_t n, double* e) {
   for (std::size_t i = 0; i < n; ++i) e[i] = exp(x[i]);
 }
-inline void atan2(const double* y, const double* x, std::size_t n, double* angle) {
-  for (std::size_t i = 0; i < n; ++i) angle[i] = atan2(y[i], x[i]);
-}
 inline void sincos(const double* x, std::size_t n, double* s, double* c) {
   for (std::size_t i = 0; i < n; ++i) sincos(x[i], s[i], c[i]);
 }
