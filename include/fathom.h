@@ -1304,8 +1304,8 @@ FATHOM_API AnalysisStatus Sinc(int32_t n, double amplitude, double delay, double
  * The generator is shared by WhiteNoise, GaussNoise and Uniform: calls of any of them, in any
  * order, draw from one sequence. A seed of 0 or more restarts it; 0 does what 32767 does. Its state
  * is not locked: calls of the three from several threads must be serialised by the caller. Seeds
- * above 12558383 overflow in the generator's first step and may leave it giving negative draws as
- * well, down to -32767.
+ * above 12558383 wrap around 32 bits in the generator's first step, which may leave it giving
+ * negative draws as well, down to -32767.
  *
  * Source: B. A. Wichmann and I. D. Hill, Algorithm AS 183: An efficient and portable pseudo-random
  * number generator, Applied Statistics 31 (1982).
