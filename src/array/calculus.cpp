@@ -67,9 +67,10 @@ FATHOM_BY_WIDTH(correct,
 
 // Whether any of n phases is more than pi from the one before it, which precedes the array.
 FATHOM_MULTIVERSION bool jumps(const double* phase, std::size_t n) {
+  const double* before = phase - 1;
   int found = 0;
   for (std::size_t i = 0; i < n; ++i) {
-    found |= fathom::fabs(phase[i] - phase[i - 1]) > fathom::kPi ? 1 : 0;
+    found |= fathom::fabs(phase[i] - before[i]) > fathom::kPi ? 1 : 0;
   }
   return found != 0;
 }
@@ -77,9 +78,10 @@ FATHOM_MULTIVERSION bool jumps(const double* phase, std::size_t n) {
 // Decides the corrections of a block, one phase after another, and applies them inside it. Returns
 // their number.
 std::size_t unwrapBlock(double* phase, std::size_t n, double* correction) {
+  const double* before = phase - 1;
   std::size_t corrections = 0;
   for (std::size_t i = 0; i < n; ++i) {
-    const double jump = phase[i] - phase[i - 1];
+    const double jump = phase[i] - before[i];
     if (jump > fathom::kPi) {
       correction[corrections] = -fathom::kTwoPi;
     } else if (jump < -fathom::kPi) {
