@@ -16,15 +16,14 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// What a fit needs of its run x[c + k], |k| <= (w - 1) / 2, with m its middle sample (the lower of
-// the two when w is even): sums over k > 0 of
-//   slope  2 k (x[c + k] - x[c - k])
-//   bend   p y   with y = (x[c + k] - m) + (x[c - k] - m) and p = 12 k^2 - (w^2 - 1), an integer,
-//                orthogonal to the constant
-//   level  y
-// A run of equal samples has three zeros. Every run is summed anew, from its middle outwards: sums
-// that slide along the signal would carry the rounding of all that has passed, and a NaN for ever.
-// Runs lie side by side in the lanes of a vector.
+// What the fit needs of a run x[c + k], |k| <= (w - 1) / 2, whose middle sample is m (the lower of
+// the two when w is even): with a = x[c + k] - m and b = x[c - k] - m, sums over k > 0 of
+//   slope  2 k (a - b)
+//   bend   p (a + b), where p = 12 k^2 - (w^2 - 1), an integer, is orthogonal to the constant
+//   level  a + b
+// In a run of equal samples all three are exactly 0. Every run is summed anew, from its middle
+// outwards: sums that slide along the signal would carry the rounding of all that has passed, and a
+// NaN for ever. Runs lie side by side in the lanes of a vector.
 constexpr std::size_t kBatch = 128;
 
 struct Sums {
@@ -55,7 +54,9 @@ FATHOM_INLINE void sumTile(const double* x, int64_t width, std::size_t first, Su
       Lanes below;
       fathom::load(above, middle + r * kLanes + i);
       fathom::load(below, mirror + r * kLanes - i);
-      const Lanes y = (above - m[r]) + (below - m[r]);
+      above -= m[r];
+      below -= m[r];
+      const Lanes y = above + below;
       slope[r] += twiceK * (above - below);
       bend[r] += p * y;
       level[r] += y;
@@ -243,11 +244,11 @@ class Signal {
   int64_t capacity_ = 0;
 };
 
-Signal signal;
+Signal state;
 bool releasedAtExit = false;
 
 void release() {
-  signal.forget();
+  state.forget();
   releasedAtExit = false;
 }
 
@@ -263,20 +264,20 @@ AnalysisStatus PeakDetector(const double* x, int32_t n, double threshold, int32_
   if (polarity != FATHOM_POLARITY_PEAKS && polarity != FATHOM_POLARITY_VALLEYS)
     return FATHOM_ERR_SELECTION;
 
-  const bool fresh = initialize != 0 || !signal.begun();
-  Search search = fresh ? Search(threshold, width, polarity) : signal.search();
+  const bool fresh = initialize != 0 || !state.begun();
+  Search search = fresh ? Search(threshold, width, polarity) : state.search();
   const int64_t overlap = search.width() - 1;
-  const int64_t held = fresh ? 0 : signal.count();
+  const int64_t held = fresh ? 0 : state.count();
   const int64_t head = fresh ? 0 : std::min<int64_t>(n, overlap);
   const int64_t kept = last ? 0 : std::min(held + n, overlap);
   if (!releasedAtExit) releasedAtExit = fathom::addExitFunction(release) == 0;
-  if (!signal.reserve(std::max(held + head, kept))) return FATHOM_ERR_MEMORY;
+  if (!state.reserve(std::max(held + head, kept))) return FATHOM_ERR_MEMORY;
 
   // Runs that begin among the samples held, then those that lie in this block. Up to the last
   // request for memory nothing is changed that is held.
   Peaks peaks;
-  std::copy_n(x, head, signal.samples() + held);
-  if (!search.pass(signal.samples(), std::max<int64_t>(held + head - overlap, 0), peaks) ||
+  std::copy_n(x, head, state.samples() + held);
+  if (!search.pass(state.samples(), std::max<int64_t>(held + head - overlap, 0), peaks) ||
       !search.pass(x, std::max<int64_t>(n - overlap, 0), peaks) ||
       (last && !search.endStretch(kInfinity, peaks))) {
     return FATHOM_ERR_MEMORY;
@@ -293,12 +294,12 @@ AnalysisStatus PeakDetector(const double* x, int32_t n, double threshold, int32_
   }
 
   if (last) {
-    signal.forget();
+    state.forget();
   } else {
     const int64_t fromBlock = std::min<int64_t>(n, kept);
-    std::copy_n(signal.samples() + held - (kept - fromBlock), kept - fromBlock, signal.samples());
-    std::copy_n(x + n - fromBlock, fromBlock, signal.samples() + kept - fromBlock);
-    signal.keep(search, kept);
+    std::copy_n(state.samples() + held - (kept - fromBlock), kept - fromBlock, state.samples());
+    std::copy_n(x + n - fromBlock, fromBlock, state.samples() + kept - fromBlock);
+    state.keep(search, kept);
   }
   *locations = columns[0];
   *amplitudes = columns[1];
