@@ -243,6 +243,7 @@ int main(int argc, char** argv) {
   fathom::bench::addGenerateRows();
   fathom::bench::addWindowRows();
   fathom::bench::addSpectralRows();
+  fathom::bench::addConvolveRows();
   fathom::bench::addUnitsRows();
   fathom::bench::TableReporter table;
   benchmark::RunSpecifiedBenchmarks(&table);

@@ -45,6 +45,7 @@ void addStatsRows();
 void addGenerateRows();
 void addWindowRows();
 void addSpectralRows();
+void addConvolveRows();
 void addUnitsRows();
 
 using Array = std::shared_ptr<std::vector<double>>;
