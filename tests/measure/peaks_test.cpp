@@ -82,7 +82,9 @@ TEST(Peaks, SmallSignals) {
       {{0.9, 0.9, 0.9, 0.9, 0.9, 0.9}, 5, {}},
       {{0, 1, 0, 0, 0, 0.5, 0, 0}, 3, {1}},  // the second: at the threshold
       {{1, 3, 1, test::kNan, 1, 3, 1, test::kInf, 1, 3, 1}, 3, {1, 5, 9}},  // those beside stay
+      {{test::kNan, 3, 3.5, 3, 2, 0.5}, 5, {3 - 91 / 90.0}},
       {{0, 3, 4.5, 5.3, 5.6, 9, 14, 20, 27}, 5, {}},  // a shoulder: denied by the next run
+      {{27, 20, 14, 9, 5.6, 5.3, 4.5, 3, 0}, 5, {}},  // and by the one before
       {{1e308, 1.1e308, 1e308}, 3, {1}},
   };
   for (const auto& [x, width, locations] : cases) {
