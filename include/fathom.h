@@ -2059,28 +2059,220 @@ FATHOM_API AnalysisStatus PeakDetector(const double* x, int32_t n, double thresh
 
 /* ---- IIR filters: record and filtering (src/filter/iir/record.cpp, cascade.cpp, direct.cpp) - */
 
+/**
+ * A new filter record for a cascade, its delay state and its coefficients zero: one of the
+ * ..._CascadeCoef routines fills it.
+ *
+ * Header, coefficients and state are one heap block.
+ *
+ * @param[in] type a FathomBand
+ * @param[in] order of the lowpass prototype, at least 1; a band filter's transfer function has
+ * twice that degree
+ * @return the record, to be released with FreeIIRFilterPtr; null if order < 1, if type is none of
+ *         the four, if a count of coefficients does not fit in int32_t, or without memory
+ */
 FATHOM_API IIRFilterPtr AllocIIRFilterPtr(int32_t type, int32_t order);
+
+/**
+ * Releases a filter record with its coefficients and state.
+ *
+ * @param[in] record from AllocIIRFilterPtr, or null, which is ignored
+ */
 FATHOM_API void FreeIIRFilterPtr(IIRFilterPtr record);
+
+/**
+ * Makes the next IIRCascadeFiltering begin from zero state: to be called between unrelated signals.
+ *
+ * @param[in,out] record of which the reset flag is set; null is ignored
+ * @return FATHOM_OK
+ */
 FATHOM_API AnalysisStatus ResetIIRFilter(IIRFilterPtr record);
+
+/**
+ * Runs samples through the sections of a record, which keeps its state: a signal filtered block by
+ * block gives the output of one call.
+ *
+ * In each section, the first of which takes x: w[i] = x[i] - a1 w[i-1] - ... - am w[i-m] and
+ * y[i] = b0 w[i] + b1 w[i-1] + ... + bm w[i-m], summed in this order (direct form II, as in A. V.
+ * Oppenheim and R. W. Schafer, Digital Signal Processing, 1975). In place: y may be x.
+ *
+ * @param[in] x the next n samples
+ * @param[in] n at least 1
+ * @param[in,out] record whose counts must be those that AllocIIRFilterPtr gave it; its type is not
+ *                used, the width of its sections is na divided by their number
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_FILTER_RECORD if record is null, if order < 1, if na is not 2 or 4
+ *         for each section, or if nb or stateCount does not agree with it; FATHOM_ERR_NO_SAMPLES if
+ *         n < 1, after a reset that was asked for has cleared the state
+ */
 FATHOM_API AnalysisStatus IIRCascadeFiltering(const double* x, int32_t n, IIRFilterPtr record,
                                               double* y);
+
+/**
+ * Filters with one pair of coefficient arrays: a[0] y[i] = b[0] x[i] + b[1] x[i-1] + ...
+ * - a[1] y[i-1] - a[2] y[i-2] - ..., each sum from the oldest sample to the newest.
+ *
+ * The caller holds the state, zero before a signal begins, so that a signal filtered block by block
+ * gives the output of one call. Without feedback (a or outputs null, or na < 1) the filter is FIR,
+ * and a and outputs are not used. In place: y may be x.
+ *
+ * @param[in] x the next n samples
+ * @param[in] n at least 1
+ * @param[in] a na feedback coefficients, or null; a[0] is divided by, zero or not
+ * @param[in,out] outputs the last na - 1 samples of y, the oldest first, or null
+ * @param[in] na number of feedback coefficients
+ * @param[in] b nb feed-forward coefficients
+ * @param[in,out] inputs the last nb - 1 samples of x, the oldest first; not used if nb is 1
+ * @param[in] nb at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if nb < 1 or n < 1
+ */
 FATHOM_API AnalysisStatus IIRFiltering(const double* x, int32_t n, const double* a, double* outputs,
                                        int32_t na, const double* b, double* inputs, int32_t nb,
                                        double* y);
+
+/**
+ * The coefficients of one direct form, for IIRFiltering, that is equivalent to a record's cascade:
+ * the products of its sections' polynomials.
+ *
+ * L coefficients each: order + 1 for lowpass and highpass, 2 order + 1 for band filters. The longer
+ * the form, the less exactly its coefficients hold the poles: above order 8 or so, and earlier for
+ * narrow bands, filter with the cascade. Only type, order, na, nb and the coefficients are used of
+ * the record. Both arrays also serve as scratch.
+ *
+ * @param[in] record a filled record
+ * @param[out] a L feedback coefficients, a[0] = 1; not in place with the record's
+ * @param[in] aCapacity room in a, at least L
+ * @param[out] b L feed-forward coefficients
+ * @param[in] bCapacity room in b, at least L
+ * @return FATHOM_OK; FATHOM_ERR_FILTER_RECORD if record is null; FATHOM_ERR_ORDER if its order < 1;
+ *         FATHOM_ERR_SELECTION if its type is not a FathomBand; FATHOM_ERR_FILTER_RECORD if na or
+ *         nb is not that of the type and order, or if a capacity is below L; FATHOM_ERR_MEMORY
+ */
 FATHOM_API AnalysisStatus CascadeToDirectCoef(IIRFilterPtr record, double* a, int32_t aCapacity,
                                               double* b, int32_t bCapacity);
 
 /* ---- IIR filters: Butterworth (src/filter/iir/butterworth.cpp) ------------------------------ */
 
+/**
+ * Designs a Butterworth filter as a cascade: |H|^2 = 1 / (1 + v^(2 order)), where v is the warped
+ * frequency tan(pi f / fs) relative to the cutoff's; at the cutoff |H| is 1 / sqrt(2), about -3 dB.
+ *
+ * By the bilinear transform, with the edges warped beforehand so that they come out exactly. Band
+ * filters replace v by (v^2 - P) / (v B), P the product and B the difference of the warped edges,
+ * or by the inverse of that. The state and the reset flag stay as they are, so a filter may be
+ * redesigned within a signal.
+ *
+ * S. Butterworth, On the theory of filter amplifiers, Experimental Wireless and the Wireless
+ * Engineer 7, 1930.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low cutoff, or lower cutoff of a band filter, above 0, in the unit of fs
+ * @param[in] high upper cutoff, above low, at most fs / 2; ignored for lowpass and highpass, which
+ *            take (fs / 2 + low) / 2 in its place
+ * @param[in,out] record that says type and order; its coefficients are written. A type that is not
+ *                a FathomBand is let pass, and nothing is written
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if the order < 1; FATHOM_ERR_BAND if low, then high, is not
+ *         above 0, if low is not below high (so too for a lowpass or highpass cutoff of fs / 2 and
+ *         more), or if fs is not above 0; FATHOM_ERR_NYQUIST if high, then low, is above fs / 2;
+ *         FATHOM_ERR_FILTER_RECORD if na or nb is too small for type and order
+ */
 FATHOM_API AnalysisStatus Bw_CascadeCoef(double fs, double low, double high, IIRFilterPtr record);
+
+/**
+ * Designs a Butterworth filter, as Bw_CascadeCoef, in direct form for IIRFiltering.
+ *
+ * @param[in] type a FathomBand
+ * @param[in] order of the lowpass prototype, at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low cutoff, or lower cutoff of a band filter, above 0, in the unit of fs
+ * @param[in] high upper cutoff, above low, at most fs / 2; ignored for lowpass and highpass
+ * @param[out] a L feedback coefficients, a[0] = 1: order + 1 for lowpass and highpass, 2 order + 1
+ *             for band filters
+ * @param[in] aCapacity room in a, at least L
+ * @param[out] b L feed-forward coefficients
+ * @param[in] bCapacity room in b, at least L
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND if low, high or fs is not above
+ *         0, or if low is not below high (for lowpass and highpass: the cutoff not below fs / 2);
+ *         FATHOM_ERR_NYQUIST if high is above fs / 2; FATHOM_ERR_ARRAY_SIZE if a capacity is below
+ * L; FATHOM_ERR_SELECTION if type is not a FathomBand; FATHOM_ERR_MEMORY
+ */
 FATHOM_API AnalysisStatus Bw_Coef(int32_t type, int32_t order, double fs, double low, double high,
                                   double* a, int32_t aCapacity, double* b, int32_t bCapacity);
+
+/**
+ * Filters n samples, from zero state, by a Butterworth lowpass filter.
+ *
+ * The sections of Bw_CascadeCoef, one after another in direct form I, their numerators as g (x[i] +
+ * 2 x[i-1] + x[i-2]). In place: y may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] cutoff above 0, at most fs / 2: |H| there is 1 / sqrt(2)
+ * @param[in] order at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
+ *         if cutoff, then fs, is not above 0; FATHOM_ERR_NYQUIST if cutoff is above fs / 2
+ */
 FATHOM_API AnalysisStatus Bw_LPF(const double* x, int32_t n, double fs, double cutoff,
                                  int32_t order, double* y);
+
+/**
+ * Filters n samples, from zero state, by a Butterworth highpass filter.
+ *
+ * The sections of Bw_CascadeCoef, one after another in direct form I, their numerators as g (x[i] -
+ * 2 x[i-1] + x[i-2]). In place: y may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] cutoff above 0, at most fs / 2: |H| there is 1 / sqrt(2)
+ * @param[in] order at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
+ *         if cutoff, then fs, is not above 0; FATHOM_ERR_NYQUIST if cutoff is above fs / 2
+ */
 FATHOM_API AnalysisStatus Bw_HPF(const double* x, int32_t n, double fs, double cutoff,
                                  int32_t order, double* y);
+
+/**
+ * Filters n samples, from zero state, by a Butterworth bandpass filter.
+ *
+ * The sections of Bw_CascadeCoef, one after another in direct form I, their numerators as g (x[i] -
+ * 2 x[i-2] + x[i-4]). In place: y may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low lower cutoff, above 0
+ * @param[in] high upper cutoff, above low, at most fs / 2; |H| at both is 1 / sqrt(2)
+ * @param[in] order of the lowpass prototype, at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
+ *         if low, high or fs is not above 0, or if low is not below high; FATHOM_ERR_NYQUIST if
+ * high is above fs / 2
+ */
 FATHOM_API AnalysisStatus Bw_BPF(const double* x, int32_t n, double fs, double low, double high,
                                  int32_t order, double* y);
+
+/**
+ * Filters n samples, from zero state, by a Butterworth bandstop filter.
+ *
+ * The sections of Bw_CascadeCoef, one after another in direct form I, their numerators symmetric.
+ * In place: y may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low lower cutoff, above 0
+ * @param[in] high upper cutoff, above low, at most fs / 2; |H| at both is 1 / sqrt(2)
+ * @param[in] order of the lowpass prototype, at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
+ *         if low, high or fs is not above 0, or if low is not below high; FATHOM_ERR_NYQUIST if
+ * high is above fs / 2
+ */
 FATHOM_API AnalysisStatus Bw_BSF(const double* x, int32_t n, double fs, double low, double high,
                                  int32_t order, double* y);
 

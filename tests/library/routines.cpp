@@ -104,6 +104,81 @@ Routine peakDetector() {
           call};
 }
 
+// The arguments that stand for a filter record: a place that stays empty, and, after all others,
+// its type and order, coefficients and state.
+constexpr Argument record() {
+  return fixed(0);
+}
+IIRFilter recordIn(Slots& s) {
+  const std::size_t first = s.size() - 5;
+  const std::int32_t type = s[first].integer, order = s[first + 1].integer;
+  const std::int32_t m = type < FATHOM_BANDPASS ? 2 : 4, sections = (order + 1) / 2;
+  const auto array = [&](std::size_t k) { return s[first + k].as<double*>(); };
+  return {type,     order,        0,       sections * m, array(2), sections * (m + 1),
+          array(3), sections * m, array(4)};
+}
+
+template <typename P>
+P argumentAt(Slots& slots, std::size_t i, IIRFilter& filter) {
+  if constexpr (std::is_same_v<P, IIRFilterPtr>) {
+    return &filter;
+  } else {
+    return slots[i].as<P>();
+  }
+}
+
+template <typename... P, std::size_t... i>
+AnalysisStatus applyToRecord(AnalysisStatus (*f)(P...), Slots& slots, std::index_sequence<i...>) {
+  IIRFilter filter = recordIn(slots);
+  return f(argumentAt<P>(slots, i, filter)...);
+}
+
+template <typename... P>
+Routine onRecord(const char* name, AnalysisStatus (*f)(P...), std::int32_t type, std::int32_t order,
+                 const std::array<Argument, sizeof...(P)>& arguments) {
+  Routine r = {name, {arguments.begin(), arguments.end()}, [f](Slots& slots) {
+                 return applyToRecord(f, slots, std::index_sequence_for<P...>{});
+               }};
+  for (const Argument& a : {fixed(type), fixed(order), inOut(), inOut(), inOut()})
+    r.arguments.push_back(a);
+  return r;
+}
+
+template <typename... P>
+Routine design(const char* name, AnalysisStatus (*f)(P...), std::int32_t type, std::int32_t order,
+               const std::array<Argument, sizeof...(P)>& arguments) {
+  Routine r = onRecord(name, f, type, order, arguments);
+  r.elementary = true;
+  return r;
+}
+
+// Nine sections. Their feedback coefficients are made small, which keeps the results finite.
+Routine cascadeFiltering() {
+  Routine r = onRecord("IIRCascadeFiltering", IIRCascadeFiltering, FATHOM_LOWPASS, 17,
+                       {in(), count(), record(), out()});
+  r.call = [](Slots& s) {
+    IIRFilter filter = recordIn(s);
+    std::vector<double> a(filter.a, filter.a + filter.na);
+    for (double& v : a) v *= 0.25;
+    filter.a = a.data();
+    return IIRCascadeFiltering(s[0].as<const double*>(), s[1].integer, &filter, s[3].as<double*>());
+  };
+  return r;
+}
+
+// A record's life: a routine that reports by a null record, and two that report nothing.
+Routine recordLife(const char* name) {
+  return {name, {choice(FATHOM_BANDPASS), choice(6), out()}, [](Slots& s) {
+            const IIRFilterPtr filter = AllocIIRFilterPtr(s[0].integer, s[1].integer);
+            if (filter == nullptr) return FATHOM_ERR_MEMORY;
+            ResetIIRFilter(filter);
+            const double fields[] = {1.0 * filter->na, 1.0 * filter->nb, 1.0 * filter->reset};
+            std::copy_n(fields, 3, s[2].as<double*>());
+            FreeIIRFilterPtr(filter);
+            return FATHOM_OK;
+          }};
+}
+
 constexpr AnalysisStatus kTwo = FATHOM_ERR_FEWER_THAN_TWO_SAMPLES;
 
 }  // namespace
@@ -255,6 +330,25 @@ const std::vector<Routine>& routines() {
       ELEMENTARY(ACDCEstimator, in(), count(), out(), out()),
       // measure/peaks
       peakDetector(),
+      // filter/iir
+      recordLife("AllocIIRFilterPtr"),
+      recordLife("FreeIIRFilterPtr"),
+      recordLife("ResetIIRFilter"),
+      cascadeFiltering(),
+      ROUTINE(IIRFiltering, in(), count(), in(), inOut(), fixed(5), in(), inOut(), fixedCount(7),
+              out()),
+      onRecord("CascadeToDirectCoef", CascadeToDirectCoef, FATHOM_BANDPASS, 5,
+               {record(), out(), fixedCount(11, FATHOM_ERR_FILTER_RECORD), out(),
+                fixedCount(11, FATHOM_ERR_FILTER_RECORD)}),
+      design("Bw_CascadeCoef", Bw_CascadeCoef, FATHOM_BANDSTOP, 5,
+             {real(1), real(0.1), real(0.2), record()}),
+      ELEMENTARY(Bw_Coef, choice(FATHOM_BANDPASS), choice(5), real(1), real(0.1), real(0.2), out(),
+                 fixedCount(11, FATHOM_ERR_ARRAY_SIZE), out(),
+                 fixedCount(11, FATHOM_ERR_ARRAY_SIZE)),
+      ELEMENTARY(Bw_LPF, in(), count(), real(1), real(0.1), fixed(7), out()),
+      ELEMENTARY(Bw_HPF, in(), count(), real(1), real(0.1), fixed(18), out()),
+      ELEMENTARY(Bw_BPF, in(), count(), real(1), real(0.1), real(0.3), fixed(7), out()),
+      ELEMENTARY(Bw_BSF, in(), count(), real(1), real(0.1), real(0.3), fixed(7), out()),
   };
   return table;
 }
