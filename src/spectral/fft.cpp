@@ -15,9 +15,9 @@ namespace fathom {
 namespace {
 
 // Stages of this span and less run one block at a time, their twiddles and the block in the
-// first-level cache.
-constexpr std::size_t kBlockSpan = 1024;
-constexpr std::size_t kTile = kBlockSpan / 4;
+// second-level cache; in those of larger spans, this many twiddles at a time sweep all blocks.
+constexpr std::size_t kBlockSpan = 4096;
+constexpr std::size_t kTile = 256;
 // The last stages, of spans 8, 4 and 2, run with the bit reversal.
 constexpr std::size_t kReversalSpan = 8;
 
@@ -29,12 +29,14 @@ FATHOM_INLINE void butterflies(double* x, double* y, std::size_t quarter, const 
   double *y1 = y + quarter, *y2 = y1 + quarter, *y3 = y2 + quarter;
   FATHOM_INDEPENDENT
   for (std::size_t k = 0; k < width; ++k) {
-    const double rx = x[k] - x2[k], sx = x1[k] - x3[k];
-    const double ry = y[k] - y2[k], sy = y1[k] - y3[k];
-    x[k] += x2[k];
-    x1[k] += x3[k];
-    y[k] += y2[k];
-    y1[k] += y3[k];
+    // All loads before the first store: a store can hold up loads a multiple of 4 KB away.
+    const double a0 = x[k], a1 = x1[k], a2 = x2[k], a3 = x3[k];
+    const double b0 = y[k], b1 = y1[k], b2 = y2[k], b3 = y3[k];
+    x[k] = a0 + a2;
+    x1[k] = a1 + a3;
+    y[k] = b0 + b2;
+    y1[k] = b1 + b3;
+    const double rx = a0 - a2, sx = a1 - a3, ry = b0 - b2, sy = b1 - b3;
     const double u = rx + sy, v = ry - sx, p = rx - sy, q = ry + sx;
     const bool rotated = !first || k != 0;
     x2[k] = rotated ? u * w.cos1[k] + v * w.sin1[k] : u;
@@ -223,31 +225,20 @@ void transformFew(double* x, double* y, std::size_t n, const Twiddles& table) {
 }
 
 void transform(double* x, double* y, std::size_t n) {
-  double angle[kTile];
   for (std::size_t span = n; span > kBlockSpan; span /= 2) {
     TwiddleStore<kTile> tile;
     const double e = kTwoPi / static_cast<double>(span);
     double a = 0.0;
     for (std::size_t j = 0; j < span / 4; j += kTile) {
-      for (double& v : angle) {
-        v = a;
-        a += e;
-      }
-      tile.fill(angle, kTile, 0);
+      a = tile.fill(a, e, kTile, 0);
       stageTile(x, y, n, span, j, tile.twiddles(), kTile);
     }
   }
   // The twiddles of a quarter span begin at that index.
-  TwiddleStore<2 * kTile> table;
+  TwiddleStore<kBlockSpan / 2> table;
   const std::size_t largest = std::min(n, kBlockSpan);
   for (std::size_t quarter = largest / 4; quarter > 1; quarter /= 2) {
-    const double e = kTwoPi / static_cast<double>(4 * quarter);
-    double a = 0.0;
-    for (std::size_t j = 0; j < quarter; ++j) {
-      angle[j] = a;
-      a += e;
-    }
-    table.fill(angle, quarter, quarter);
+    table.fill(0.0, kTwoPi / static_cast<double>(4 * quarter), quarter, quarter);
   }
   if (n < kTileSide * kTileSide) {
     transformFew(x, y, n, table.twiddles());

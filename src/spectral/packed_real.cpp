@@ -22,7 +22,8 @@ namespace {
 
 constexpr double kRootHalf = 0.7071067811865476;
 
-// Stages of this span and less run one block at a time, as in the complex transform.
+// Stages of this span and less run one block at a time, as in the complex transform, but from the
+// first-level cache.
 constexpr std::size_t kBlockSpan = 1024;
 constexpr std::size_t kTile = 256;
 
@@ -188,17 +189,12 @@ using TileFunction = void (*)(double*, std::size_t, std::size_t, std::size_t, co
 
 // A stage of a span beyond kBlockSpan.
 void largeStage(double* x, std::size_t n, std::size_t span, TileFunction tile) {
-  double angle[kTile];
   TwiddleStore<kTile> store;
   const double e = kTwoPi / static_cast<double>(span);
   double a = e;
   for (std::size_t j = 0; j < span / 8; j += kTile) {
-    for (double& v : angle) {
-      v = a;
-      a += e;
-    }
     const bool last = j + kTile == span / 8;
-    store.fill(angle, last ? kTile - 1 : kTile, 0);
+    a = store.fill(a, e, last ? kTile - 1 : kTile, 0);
     if (last) store.pad(kTile - 1);
     tile(x, n, span, j + 1, store.twiddles());
   }
@@ -207,15 +203,9 @@ void largeStage(double* x, std::size_t n, std::size_t span, TileFunction tile) {
 using BlockTable = TwiddleStore<kBlockSpan / 4>;
 
 void fillTable(BlockTable& table, std::size_t span) {
-  double angle[kBlockSpan / 8];
   for (std::size_t half = span / 8; half > 1; half /= 2) {
     const double e = kTwoPi / static_cast<double>(8 * half);
-    double a = e;
-    for (std::size_t j = 0; j + 1 < half; ++j) {
-      angle[j] = a;
-      a += e;
-    }
-    table.fill(angle, half - 1, half);
+    table.fill(e, e, half - 1, half);
     table.pad(2 * half - 1);
   }
 }
