@@ -41,6 +41,9 @@ struct MaskOf {
 template <std::size_t bytes>
 using Mask = typename MaskOf<bytes>::Type;
 
+// Taps from which on it pays that the registers of a tile start one after another.
+constexpr std::size_t kManyTaps = 256;
+
 // Products that are cheaper one at a time than by tiles.
 constexpr std::size_t kFewProducts = 128;
 
@@ -128,8 +131,15 @@ class Tile {
     }
   }
 
-  // The same for taps that not every lane has; a lane without one keeps its sum as it is, for even
-  // a zero added could change it.
+  // All taps, more than a tile has results; every lane has them. A register is as many taps ahead
+  // of the one before as that has lanes, so that all work on the same samples.
+  template <std::ptrdiff_t tapStep, bool lastTapFirst>
+  FATHOM_INLINE void addAllTaps(const Operands& o, std::size_t start) {
+    addInGroups<tapStep, lastTapFirst>(o, start, std::make_index_sequence<registers - 1>());
+  }
+
+  // The same as addTaps for taps that not every lane has; a lane without one keeps its sum as it
+  // is, for even a zero added could change it.
   FATHOM_INLINE void addEndTaps(const Operands& o, const SignalEnds& ends, std::size_t start,
                                 std::size_t first, std::size_t end) {
     for (std::size_t count = 0; first + count < end; ++count) {
@@ -167,6 +177,39 @@ class Tile {
   }
 
  private:
+  // i runs over all registers but one: those that start alone, then those that end alone.
+  template <std::ptrdiff_t tapStep, bool lastTapFirst, std::size_t... i>
+  FATHOM_INLINE void addInGroups(const Operands& o, std::size_t start, std::index_sequence<i...>) {
+    constexpr auto kSpan = static_cast<std::ptrdiff_t>(kResults - kLanes);
+    const auto taps = static_cast<std::ptrdiff_t>(o.taps);
+    const std::size_t shared = o.taps - (kResults - kLanes);
+    std::ptrdiff_t m = lastTapFirst ? taps - 1 : -kSpan;  // the tap of register 0
+    const double* const signal = o.signal + start;
+    if constexpr (lastTapFirst) {
+      (addShared<tapStep, -1, 0, i + 1>(o.tap, signal, m, kLanes), ...);
+      addShared<tapStep, -1, 0, registers>(o.tap, signal, m, shared);
+      (addShared<tapStep, -1, i + 1, registers>(o.tap, signal, m, kLanes), ...);
+    } else {
+      (addShared<tapStep, 1, registers - 1 - i, registers>(o.tap, signal, m, kLanes), ...);
+      addShared<tapStep, 1, 0, registers>(o.tap, signal, m, shared);
+      (addShared<tapStep, 1, 0, registers - 1 - i>(o.tap, signal, m, kLanes), ...);
+    }
+  }
+
+  template <std::ptrdiff_t tapStep, std::ptrdiff_t direction, std::size_t first, std::size_t end>
+  FATHOM_INLINE void addShared(const double* tap, const double* signal, std::ptrdiff_t& m,
+                               std::size_t count) {
+    for (; count != 0; --count) {
+      fathom::Lanes<bytes> x;
+      fathom::load(x, signal - m);
+      FATHOM_UNROLL
+      for (std::size_t r = first; r < end; ++r) {
+        sum_[r] = sum_[r] + tap[(m + static_cast<std::ptrdiff_t>(r * kLanes)) * tapStep] * x;
+      }
+      m += direction;
+    }
+  }
+
   fathom::Lanes<bytes> sum_[registers] = {};
 };
 
@@ -200,7 +243,15 @@ FATHOM_INLINE void sumTilesOf(const Operands& o) {
   for (std::size_t start = 0; start < o.results();) {
     if (start + 1 >= o.taps && start + Inner::kResults <= o.n) {
       Inner tile;
-      tile.addTaps(o, start, 0, o.taps);
+      if (o.taps < kManyTaps) {
+        tile.addTaps(o, start, 0, o.taps);
+      } else if (!o.lastTapFirst) {
+        tile.template addAllTaps<1, false>(o, start);
+      } else if (o.tapStep > 0) {
+        tile.template addAllTaps<1, true>(o, start);
+      } else {
+        tile.template addAllTaps<-1, true>(o, start);
+      }
       tile.store(o, start);
       start += Inner::kResults;
     } else if (o.results() - start > kLanes) {
