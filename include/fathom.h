@@ -156,6 +156,12 @@ enum FathomFirWindow {
   FATHOM_FIR_BLACKMAN = 5
 };
 
+/** A complex value. Complex matrices and vectors of the linear algebra are arrays of them. */
+typedef struct ComplexNum {
+  double real;
+  double imaginary;
+} ComplexNum;
+
 /**
  * An IIR filter as a cascade of sections, with its delay state: one heap block that
  * AllocIIRFilterPtr makes, one of the ..._CascadeCoef routines fills, IIRCascadeFiltering runs data
@@ -2336,6 +2342,18 @@ FATHOM_API AnalysisStatus Ksr_BSF(double fs, double low, double high, int32_t n,
                                   double beta);
 
 /* ---- FIR filters: equiripple designs (src/filter/fir/equiripple.cpp) ------------------------ */
+
+/* ---- Matrix products, transpose, trace (src/linalg/product.cpp) ----------------------------- */
+
+/* ---- Structured matrices (src/linalg/structured.cpp) ---------------------------------------- */
+
+/* ---- LU and linear systems (src/linalg/lu.cpp, solve.cpp) ----------------------------------- */
+
+/* ---- Cholesky and QR factorisations (src/linalg/cholesky.cpp, qr.cpp) ----------------------- */
+
+/* ---- Singular values (src/linalg/svd.cpp, svd_derived.cpp) ---------------------------------- */
+
+/* ---- Eigenvalues (src/linalg/eigen_symmetric.cpp, eigen_general.cpp, eigen_complex.cpp) ----- */
 
 #ifdef __cplusplus
 }
