@@ -2316,6 +2316,20 @@ FATHOM_API AnalysisStatus InvCh_BSF(const double* x, int32_t n, double fs, doubl
 
 /* ---- IIR filters: elliptic (src/filter/iir/elliptic.cpp) ------------------------------------ */
 
+FATHOM_API AnalysisStatus Elp_CascadeCoef(double fs, double low, double high, double ripple,
+                                          double attenuation, IIRFilterPtr record);
+FATHOM_API AnalysisStatus Elp_Coef(int32_t type, int32_t order, double fs, double low, double high,
+                                   double ripple, double attenuation, double* a, int32_t aCapacity,
+                                   double* b, int32_t bCapacity);
+FATHOM_API AnalysisStatus Elp_LPF(const double* x, int32_t n, double fs, double cutoff,
+                                  double ripple, double attenuation, int32_t order, double* y);
+FATHOM_API AnalysisStatus Elp_HPF(const double* x, int32_t n, double fs, double cutoff,
+                                  double ripple, double attenuation, int32_t order, double* y);
+FATHOM_API AnalysisStatus Elp_BPF(const double* x, int32_t n, double fs, double low, double high,
+                                  double ripple, double attenuation, int32_t order, double* y);
+FATHOM_API AnalysisStatus Elp_BSF(const double* x, int32_t n, double fs, double low, double high,
+                                  double ripple, double attenuation, int32_t order, double* y);
+
 /* ---- IIR filters: Bessel (src/filter/iir/bessel.cpp) ---------------------------------------- */
 
 FATHOM_API AnalysisStatus Bessel_CascadeCoef(double fs, double low, double high,

@@ -4,25 +4,16 @@
 #include "fathom.h"
 #include "filter/iir/design.hpp"
 #include "filter/iir/forms.hpp"
+#include "filter/iir/sections.hpp"
 #include "frame/elementary.hpp"
 
 namespace fathom {
 namespace {
 
-Section lowpassFirst(double O) {
-  const double b0 = O / (1.0 + O);
-  return sectionOf(Numerator::kSum, {b0, b0}, {-(1.0 - O) / (1.0 + O)});
-}
-
 Section lowpassPair(double O, double s) {
   const double K = s * (2.0 * O), D = 1.0 + K + O * O, b0 = O * O / D;
   return sectionOf(Numerator::kSum, {b0, b0 + b0, b0},
                    {-(2.0 - 2.0 * O * O) / D, (1.0 - K + O * O) / D});
-}
-
-Section highpassFirst(double O) {
-  const double g = 1.0 / (1.0 + O);
-  return sectionOf(Numerator::kDifference, {g, -g}, {-(1.0 - O) * g});
 }
 
 Section highpassPair(double O, double s) {
@@ -31,15 +22,10 @@ Section highpassPair(double O, double s) {
                    {-(2.0 - 2.0 * O * O) * g, (1.0 - K + O * O) * g});
 }
 
-Section bandpassFirst(double P, double B) {
+Section bandpassFirstOf(double P, double B) {
   const double D = (1.0 + B) + P;
   return sectionOf(Numerator::kBandpass, {B / D, 0.0, -B / D},
                    {(1.0 - P) * -2.0 / D, (1.0 + P - B) / D});
-}
-
-Section bandstopFirst(double P, double B) {
-  const double U = 1.0 + P, D = U + B, a1 = (1.0 - P) * -2.0 / D;
-  return sectionOf(Numerator::kNotch, {U / D, a1, U / D}, {a1, (U - B) / D});
 }
 
 Section bandpassPair(double P, double B, double s) {
@@ -99,7 +85,7 @@ class Bessel {
       case FATHOM_HIGHPASS:
         return highpassFirst(edge_.O);
       case FATHOM_BANDPASS:
-        return bandpassFirst(band_.P, band_.B);
+        return bandpassFirstOf(band_.P, band_.B);
       default:
         return bandstopFirst(band_.P, band_.B);
     }

@@ -4,6 +4,7 @@
 #include "fathom.h"
 #include "filter/iir/design.hpp"
 #include "filter/iir/forms.hpp"
+#include "filter/iir/sections.hpp"
 #include "frame/elementary.hpp"
 
 namespace fathom {
@@ -31,22 +32,12 @@ double squaredRadius(const Ellipse& el, double c) {
   return (el.sh * el.sh - el.ch * el.ch) * c * c + el.ch * el.ch;
 }
 
-Section lowpassFirst(const Ellipse& el, double O) {
-  const double sO = el.sh * O, b0 = sO / (1.0 + sO);
-  return sectionOf(Numerator::kSum, {b0, b0}, {-(1.0 - sO) / (1.0 + sO)});
-}
-
 // q divides the numerator: the pair's share of the ripple.
 Section lowpassPair(const Ellipse& el, double O, double t, double q) {
   const double h = 0.5 * O * O, K2 = 2.0 * (el.sh * O);
   const double K = cos(t) * K2, E = twiceSquaredRadius(el, t) * h, D = 1.0 - K + E;
   const double b0 = E / (q * D);
   return sectionOf(Numerator::kSum, {b0, b0 + b0, b0}, {-(2.0 - 2.0 * E) / D, (1.0 + K + E) / D});
-}
-
-Section highpassFirst(const Ellipse& el, double O) {
-  const double b0 = el.sh / (el.sh + O);
-  return sectionOf(Numerator::kDifference, {b0, -b0}, {-(el.sh - O) / (el.sh + O)});
 }
 
 Section highpassPair(const Ellipse& el, double O, double t, double q) {
@@ -57,44 +48,14 @@ Section highpassPair(const Ellipse& el, double O, double t, double q) {
                    {(E - Q2) * -2.0 / D, (E + K + Q2) / D});
 }
 
-// Of the width that the band's odd pole has.
-Section bandpassFirst(double P, double width) {
-  const double D = (1.0 + P) + width, b0 = width / D;
-  return sectionOf(Numerator::kBandpass, {b0, 0.0, -b0},
-                   {(1.0 - P) * -2.0 / D, ((1.0 + P) - width) / D});
-}
-
-Section bandstopFirst(double P, double width) {
-  const double D = (1.0 + P) + width;
-  const double b0 = (1.0 + P) / D, b1 = (1.0 - P) * -2.0 / D;
-  return sectionOf(Numerator::kNotch, {b0, b1, b0}, {b1, ((1.0 + P) - width) / D});
-}
-
-struct BandPoles {
-  BandPoles(double P, double K, double Q) {
-    const double KP = P * K, M = (K - KP) * 2.0;
-    D = 1.0 + K + Q + KP + P * P;
-    a1 = (-4.0 - M + 4.0 * P * P) / D;
-    a2 = (6.0 - 2.0 * Q + 6.0 * P * P) / D;
-    a3 = (M - 4.0 + 4.0 * P * P) / D;
-    a4 = (1.0 - K + Q - KP + P * P) / D;
-  }
-  double D, a1, a2, a3, a4;
-};
-
 Section bandpassPair(const Ellipse& el, double P, double B, double c) {
   const double E = squaredRadius(el, c) * B * B;
-  const BandPoles p(P, -2.0 * (B * el.sh) * c, 2.0 * P + E);
-  const double b0 = E / p.D;
-  return sectionOf(Numerator::kBandpass, {b0, 0.0, -2.0 * b0, 0.0, b0}, {p.a1, p.a2, p.a3, p.a4});
+  return bandpassPair(E, bandPoles(P, -2.0 * (B * el.sh) * c, 2.0 * P + E));
 }
 
 Section bandstopPair(const Ellipse& el, double P, double B, double c) {
   const double V = squaredRadius(el, c);
-  const BandPoles p(P, -2.0 * el.sh * B * c / V, 2.0 * P + B * B / V);
-  const double b0 = (1.0 + 2.0 * P + P * P) / p.D, b1 = (1.0 - P * P) * -4.0 / p.D;
-  const double b2 = (6.0 - 2.0 * (2.0 * P) + 6.0 * P * P) / p.D;
-  return sectionOf(Numerator::kGeneral, {b0, b1, b2, b1, b0}, {p.a1, p.a2, p.a3, p.a4});
+  return bandstopPair(P, bandPoles(P, -2.0 * el.sh * B * c / V, 2.0 * P + B * B / V));
 }
 
 class Chebyshev {
@@ -111,9 +72,9 @@ class Chebyshev {
     const double P = band_.P, B = band_.B, sh = ellipse_.sh;
     switch (d_.type) {
       case FATHOM_LOWPASS:
-        return lowpassFirst(ellipse_, edge_.O);
+        return lowpassFirst(sh * edge_.O);
       case FATHOM_HIGHPASS:
-        return highpassFirst(ellipse_, edge_.O);
+        return highpassFirst(sh, edge_.O);
       case FATHOM_BANDPASS:  // of order 1 without regard to the ripple
         return bandpassFirst(P, d_.order == 1 ? B : B * sh);
       default: {
@@ -124,29 +85,18 @@ class Chebyshev {
     }
   }
 
-  // Even orders put the ripple's share into one pair: the first, or the last of a band filter.
   Section pair(std::int32_t s) {
-    const double t = angles_.next(), P = band_.P, B = band_.B;
-    const double q = !d_.odd() && s == 0 ? ellipse_.q : 1.0;
+    const double t = angles_.next(), P = band_.P, B = band_.B, q = ellipse_.q;
     switch (d_.type) {
       case FATHOM_LOWPASS:
-        return lowpassPair(ellipse_, edge_.O, t, q);
+        return lowpassPair(ellipse_, edge_.O, t, firstPairDivisor(d_, s, q));
       case FATHOM_HIGHPASS:
-        return highpassPair(ellipse_, edge_.O, t, q);
+        return highpassPair(ellipse_, edge_.O, t, firstPairDivisor(d_, s, q));
       case FATHOM_BANDPASS:
-        return inBand(bandpassPair(ellipse_, P, B, cos(t)), s);
+        return lastPairScaled(d_, s, q, bandpassPair(ellipse_, P, B, cos(t)));
       default:
-        return inBand(bandstopPair(ellipse_, P, B, cos(t)), s);
+        return lastPairScaled(d_, s, q, bandstopPair(ellipse_, P, B, cos(t)));
     }
-  }
-
-  Section inBand(Section section, std::int32_t s) const {
-    if (d_.odd() || s + 1 != d_.sections()) return section;
-    const double factor = 1.0 / ellipse_.q;
-    for (double& b : section.b) {
-      if (b != 0.0) b *= factor;
-    }
-    return section;
   }
 
   Design d_;

@@ -3,6 +3,7 @@
 #include "fathom.h"
 #include "filter/iir/design.hpp"
 #include "filter/iir/forms.hpp"
+#include "filter/iir/sections.hpp"
 #include "frame/elementary.hpp"
 
 namespace fathom {
@@ -30,11 +31,6 @@ struct Pair {
         mag(1.0 / m) {}
   double z, pr, pi2, m, re, mag;
 };
-
-Section lowpassFirst(const Ellipse& el, double O) {
-  const double g = (1.0 / el.sh) * O, b0 = g / (g + 1.0);
-  return sectionOf(Numerator::kSum, {b0, b0}, {-(1.0 - g) / (g + 1.0)});
-}
 
 Section lowpassPair(const Pair& p, double O) {
   const double A2 = p.mag * O * O, Z2 = p.z * p.z * O * O, G = A2 / Z2;
@@ -66,30 +62,20 @@ Section bandstopFirst(const Ellipse& el, double P, double B) {
   return sectionOf(Numerator::kNotch, {b0, b1, b0}, {b1, (1.0 - g + P) / D});
 }
 
-struct BandPoles {
-  BandPoles(double P, double K, double Q) {
-    const double KP = P * K;
-    D = 1.0 + K + Q + KP + P * P;
-    a1 = -(2.0 * K + 4.0 - 2.0 * KP - 4.0 * P * P) / D;
-    a2 = (6.0 - 2.0 * Q + 6.0 * P * P) / D;
-    a3 = (2.0 * K - 4.0 - 2.0 * KP + 4.0 * P * P) / D;
-    a4 = (1.0 - K + Q - KP + P * P) / D;
-  }
-  double D, a1, a2, a3, a4;
-};
+BandPoles polesOf(double P, double K, double Q) {
+  const double KP = P * K, D = 1.0 + K + Q + KP + P * P;
+  return {D, -(2.0 * K + 4.0 - 2.0 * KP - 4.0 * P * P) / D, (6.0 - 2.0 * Q + 6.0 * P * P) / D,
+          (2.0 * K - 4.0 - 2.0 * KP + 4.0 * P * P) / D, (1.0 - K + Q - KP + P * P) / D};
+}
 
 Section bandpassPair(const Pair& p, double P, double B) {
-  const double G = p.mag / (p.z * p.z);
-  const BandPoles s(P, -2.0 * B * p.re, 2.0 * P + p.mag * B * B);
-  const double Nz = (2.0 * P + p.z * p.z * B * B) * G, NP = P * P * G;
-  const double b0 = (G + Nz + NP) / s.D, b1 = (G - NP) * -4.0 / s.D;
-  const double b2 = (6.0 * G - 2.0 * Nz + 6.0 * NP) / s.D;
-  return sectionOf(Numerator::kGeneral, {b0, b1, b2, b1, b0}, {s.a1, s.a2, s.a3, s.a4});
+  const double G = p.mag / (p.z * p.z), Nz = (2.0 * P + p.z * p.z * B * B) * G;
+  return bandPair(G, Nz, P, polesOf(P, -2.0 * B * p.re, 2.0 * P + p.mag * B * B));
 }
 
 Section bandstopPair(const Pair& p, double P, double B) {
   const double Qz = B * B / (p.z * p.z) + 2.0 * P;
-  const BandPoles s(P, -2.0 * B * p.pr, 2.0 * P + (p.pr * p.pr + p.pi2 * p.pi2) * B * B);
+  const BandPoles s = polesOf(P, -2.0 * B * p.pr, 2.0 * P + (p.pr * p.pr + p.pi2 * p.pi2) * B * B);
   const double b0 = (1.0 + Qz + P * P) / s.D, b1 = (1.0 - P * P) * -4.0 / s.D;
   const double b2 = (6.0 - 2.0 * Qz + 6.0 * P * P) / s.D;
   return sectionOf(Numerator::kGeneral, {b0, b1, b2, b1, b0}, {s.a1, s.a2, s.a3, s.a4});
@@ -100,7 +86,7 @@ class InverseChebyshev {
   explicit InverseChebyshev(const Design& d)
       : d_(d),
         first_(d.odd()),
-        k_(d.odd() ? 2 : 1),
+        k_(d.odd() ? 0 : -1),
         ellipse_(d),
         edge_(d),
         band_(d),
@@ -111,8 +97,8 @@ class InverseChebyshev {
       first_ = false;
       return firstSection();
     }
-    const Pair pair(ellipse_, angles_.next(), k_, d_.order);
     k_ += 2;
+    const Pair pair(ellipse_, angles_.next(), k_, d_.order);
     switch (d_.type) {
       case FATHOM_LOWPASS:
         return lowpassPair(pair, edge_.O);
@@ -129,7 +115,7 @@ class InverseChebyshev {
   Section firstSection() const {
     switch (d_.type) {
       case FATHOM_LOWPASS:
-        return lowpassFirst(ellipse_, edge_.O);
+        return lowpassFirst((1.0 / ellipse_.sh) * edge_.O);
       case FATHOM_HIGHPASS:
         return highpassFirst(ellipse_, edge_.O);
       case FATHOM_BANDPASS:
@@ -141,7 +127,7 @@ class InverseChebyshev {
 
   Design d_;
   bool first_;
-  std::int32_t k_;  // of the next pair's zero
+  std::int32_t k_;  // of the last pair's zero
   Ellipse ellipse_;
   Edge edge_;
   BandEdges band_;
