@@ -1119,6 +1119,110 @@ FATHOM_API AnalysisStatus Histogram(const double* x, int32_t n, double base, dou
 
 /* ---- Probability distributions (src/stats/distribution.cpp) --------------------------------- */
 
+/**
+ * Standard normal distribution: p = P(Z <= x).
+ *
+ * With z = |x| and t = 1 / (1 + 0.33267 z), the upper tail at z is
+ * 0.3989422 exp(-z^2 / 2) t (0.4361836 - 0.1201676 t + 0.937298 t^2).
+ *
+ * Source: M. Abramowitz and I. A. Stegun, Handbook of Mathematical Functions, 1964, 26.2.16.
+ *
+ * @param[in] x any value
+ * @param[out] p the probability
+ * @return FATHOM_OK
+ */
+FATHOM_API AnalysisStatus N_Dist(double x, double* p);
+
+/**
+ * Inverse of the standard normal distribution: x with P(Z <= x) = p.
+ *
+ * With q the smaller of p and 1 - p and t = sqrt(ln(1 / q^2)), |x| is t less a quotient of
+ * polynomials of degree 2 and 3 in t. p = 0.5 gives -1.0e-7.
+ *
+ * Source: M. Abramowitz and I. A. Stegun, Handbook of Mathematical Functions, 1964, 26.2.23.
+ *
+ * @param[in] p probability, above 0 and below 1; below 7.5e-155 the result is NaN
+ * @param[out] x the quantile
+ * @return FATHOM_OK; FATHOM_ERR_PROBABILITY unless 0 < p < 1
+ */
+FATHOM_API AnalysisStatus InvN_Dist(double p, double* x);
+
+/**
+ * Student's t distribution: p = P(T <= t).
+ *
+ * With x = df / (df + t^2), half the regularised incomplete beta function I_x(df/2, 1/2) is the
+ * probability of either tail. The function is a continued fraction of at most 100 steps.
+ *
+ * @param[in] t any value
+ * @param[in] df degrees of freedom, at least 1
+ * @param[out] p the probability
+ * @return FATHOM_OK; FATHOM_ERR_DEGREES_OF_FREEDOM if df < 1
+ */
+FATHOM_API AnalysisStatus T_Dist(double t, int32_t df, double* p);
+
+/**
+ * Inverse of T_Dist, found by bisection of [-10000, 10000] to a width of at most 1e-4: the lower
+ * end of the last interval. Quantiles outside give the interval's end on their side.
+ *
+ * @param[in] p probability, above 0 and below 1; NaN gives -10000
+ * @param[in] df degrees of freedom, at least 1
+ * @param[out] t the quantile
+ * @return FATHOM_OK; FATHOM_ERR_DEGREES_OF_FREEDOM if df < 1; FATHOM_ERR_PROBABILITY if p >= 1 or
+ *         p <= 0
+ */
+FATHOM_API AnalysisStatus InvT_Dist(double p, int32_t df, double* t);
+
+/**
+ * F distribution: p = P(F <= f) = 1 - I_x(df2/2, df1/2) with x = df2 / (df2 + df1 f), where I is
+ * the regularised incomplete beta function as in T_Dist; 0 unless f > 0.
+ *
+ * @param[in] f any value
+ * @param[in] df1 degrees of freedom of the numerator, at least 1
+ * @param[in] df2 degrees of freedom of the denominator, at least 1
+ * @param[out] p the probability
+ * @return FATHOM_OK; FATHOM_ERR_DEGREES_OF_FREEDOM if df1 < 1 or df2 < 1
+ */
+FATHOM_API AnalysisStatus F_Dist(double f, int32_t df1, int32_t df2, double* p);
+
+/**
+ * Inverse of F_Dist, found by bisection of [1e-6, 10000] to a width of at most 1e-4: the lower end
+ * of the last interval. Quantiles outside give the interval's end on their side.
+ *
+ * @param[in] p probability, above 0 and below 1; NaN gives 1e-6
+ * @param[in] df1 degrees of freedom of the numerator, at least 1
+ * @param[in] df2 degrees of freedom of the denominator, at least 1
+ * @param[out] f the quantile
+ * @return FATHOM_OK; FATHOM_ERR_DEGREES_OF_FREEDOM if df1 < 1 or df2 < 1; FATHOM_ERR_PROBABILITY if
+ *         p >= 1 or p <= 0
+ */
+FATHOM_API AnalysisStatus InvF_Dist(double p, int32_t df1, int32_t df2, double* f);
+
+/**
+ * Chi-square distribution: p = P(X <= x); 0 unless x > 0.
+ *
+ * For even df, p = 1 - exp(-x/2) (1 + x/2 + x^2/(2 4) + ...) with df/2 terms; for odd df,
+ * p = 1 - 2 (0.3989422 exp(-x/2) (x^(1/2) + x^(3/2)/3 + x^(5/2)/(3 5) + ...) + q) with (df - 1)/2
+ * terms and q the upper tail of N_Dist at sqrt(x).
+ *
+ * @param[in] x any value
+ * @param[in] df degrees of freedom, at least 1
+ * @param[out] p the probability
+ * @return FATHOM_OK; FATHOM_ERR_DEGREES_OF_FREEDOM if df < 1
+ */
+FATHOM_API AnalysisStatus XX_Dist(double x, int32_t df, double* p);
+
+/**
+ * Inverse of XX_Dist, found by bisection of [0, 10000] to a width of at most 1e-4: the lower end of
+ * the last interval. Quantiles above 10000 give the interval's upper end.
+ *
+ * @param[in] p probability, above 0 and below 1; NaN gives 0
+ * @param[in] df degrees of freedom, at least 1
+ * @param[out] x the quantile
+ * @return FATHOM_OK; FATHOM_ERR_PROBABILITY if p >= 1 or p <= 0; FATHOM_ERR_DEGREES_OF_FREEDOM if
+ *         df < 1
+ */
+FATHOM_API AnalysisStatus InvXX_Dist(double p, int32_t df, double* x);
+
 /* ---- Analysis of variance (src/stats/anova.cpp) --------------------------------------------- */
 
 /* ---- Contingency tables (src/stats/contingency.cpp) ----------------------------------------- */

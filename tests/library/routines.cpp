@@ -262,6 +262,17 @@ const std::vector<Routine>& routines() {
       ROUTINE(Median, in(), count(), out()),
       ROUTINE(Mode, in(), count(), real(-0.8), real(0.9), fixedCount(17), out()),
       ROUTINE(Histogram, in(), count(), real(-0.8), real(0.9), out(), out(), fixedCount(17)),
+      // stats/distribution
+      ELEMENTARY(N_Dist, real(0.7), out()),
+      ELEMENTARY(InvN_Dist, real(0.7), out()),
+      ELEMENTARY(T_Dist, real(0.7), fixedCount(5, FATHOM_ERR_DEGREES_OF_FREEDOM), out()),
+      ELEMENTARY(InvT_Dist, real(0.7), fixedCount(5, FATHOM_ERR_DEGREES_OF_FREEDOM), out()),
+      ELEMENTARY(F_Dist, real(0.7), fixedCount(5, FATHOM_ERR_DEGREES_OF_FREEDOM),
+                 fixedCount(8, FATHOM_ERR_DEGREES_OF_FREEDOM), out()),
+      ELEMENTARY(InvF_Dist, real(0.7), fixedCount(5, FATHOM_ERR_DEGREES_OF_FREEDOM),
+                 fixedCount(8, FATHOM_ERR_DEGREES_OF_FREEDOM), out()),
+      ELEMENTARY(XX_Dist, real(0.7), fixedCount(5, FATHOM_ERR_DEGREES_OF_FREEDOM), out()),
+      ELEMENTARY(InvXX_Dist, real(0.7), fixedCount(5, FATHOM_ERR_DEGREES_OF_FREEDOM), out()),
       // generate/waveform
       ELEMENTARY(SineWave, count(), real(1.5), real(0.013), inOut(), out()),
       ROUTINE(SquareWave, count(), real(1.5), real(0.013), inOut(), real(30), out()),
