@@ -1,0 +1,229 @@
+// Normal, Student t, F and chi-square distributions: lower-tail probabilities by short published
+// approximations, and their inverses, which but for the normal one are bisections of fixed width.
+#include <cstdint>
+#include <limits>
+
+#include "fathom.h"
+#include "frame/elementary.hpp"
+
+namespace {
+
+constexpr double kInverseRootTwoPi = 0.3989422;  // to the digits of the approximations
+constexpr double kLargest = std::numeric_limits<double>::max();
+
+double normal(double x) {
+  const double z = fathom::fabs(x);
+  const double t = 1.0 / (1.0 + 0.33267 * z);
+  const double upper = kInverseRootTwoPi * fathom::exp(-(z * z) * 0.5) * t *
+                       (0.4361836 + t * (-0.1201676 + t * 0.937298));
+  const double p = 1.0 - upper;
+  return x < 0.0 ? 1.0 - p : p;
+}
+
+// ln Gamma(z) by six terms of Lanczos's series.
+double logGamma(double z) {
+  constexpr double kTerms[] = {76.18009173,  -86.50532033,  24.01409822,
+                               -1.231739516, 0.00120858003, -5.36382e-06};
+  const double y = z - 1.0;
+  const double shifted = y + 5.5;
+  const double power = (y + 0.5) * fathom::log(shifted) - shifted;
+  double series = 1.0;
+  double divisor = y;
+  for (const double term : kTerms) {
+    divisor += 1.0;
+    series += term / divisor;
+  }
+  return power + fathom::log(2.50662827465 * series);
+}
+
+// Regularised incomplete beta function of x in [0, 1], or NaN, for fixed a and b.
+class IncompleteBeta {
+ public:
+  IncompleteBeta(double a, double b)
+      : a_(a),
+        b_(b),
+        logScale_(logGamma(a + b) - logGamma(a) - logGamma(b)),
+        crossover_((a + 1.0) / (a + b + 2.0)) {}
+
+  double operator()(double x) const {
+    if (x == 0.0 || x == 1.0) return x;
+    const double scale = fathom::exp(logScale_ + a_ * fathom::log(x) + b_ * fathom::log(1.0 - x));
+    return x < crossover_ ? scale * fraction(a_, b_, x) / a_
+                          : 1.0 - scale * fraction(b_, a_, 1.0 - x) / b_;
+  }
+
+ private:
+  // Convergents of the continued fraction, each scaled to the denominator 1, until one changes the
+  // quotient by less than 1e-7 of it; the hundredth is taken as it is.
+  static double fraction(double a, double b, double x) {
+    double earlierNumerator = 1.0;
+    double earlierDenominator = 1.0;
+    double numerator = 1.0;
+    double denominator = 1.0 - (a + b) * x / (a + 1.0);
+    for (int32_t step = 1; step <= 100; ++step) {
+      const double m = step;
+      const double a2m = a + 2.0 * m;
+      const double even = m * (b - m) * x / ((a2m - 1.0) * a2m);
+      const double odd = -(a + m) * (a + b + m) * x / (a2m * (a2m + 1.0));
+      const double evenNumerator = numerator + even * earlierNumerator;
+      const double evenDenominator = denominator + even * earlierDenominator;
+      const double oddNumerator = evenNumerator + odd * numerator;
+      const double oddDenominator = evenDenominator + odd * denominator;
+      const double before = numerator;
+      earlierNumerator = evenNumerator / oddDenominator;
+      earlierDenominator = evenDenominator / oddDenominator;
+      numerator = oddNumerator / oddDenominator;
+      denominator = 1.0;
+      if (fathom::fabs((numerator - before) / numerator) < 1e-7) break;
+    }
+    return numerator;
+  }
+
+  double a_;
+  double b_;
+  double logScale_;
+  double crossover_;
+};
+
+// The distributions as functions of one variable; what only the degrees of freedom decide is
+// computed once for all steps of a bisection.
+class StudentT {
+ public:
+  explicit StudentT(int32_t df) : df_(df), beta_(df_ * 0.5, 0.5) {}
+  double operator()(double t) const {
+    const double half = 0.5 * beta_(df_ / (df_ + t * t));
+    return t < 0.0 ? half : 1.0 - half;
+  }
+
+ private:
+  double df_;
+  IncompleteBeta beta_;
+};
+
+class FisherF {
+ public:
+  FisherF(int32_t df1, int32_t df2) : df1_(df1), df2_(df2), beta_(df2_ * 0.5, df1_ * 0.5) {}
+  double operator()(double f) const {
+    return f > 0.0 ? 1.0 - beta_(df2_ / (df2_ + df1_ * f)) : 0.0;
+  }
+
+ private:
+  double df1_;
+  double df2_;
+  IncompleteBeta beta_;
+};
+
+// Whether multiplying the finite `power` >= 1 by x > 1 that many times reaches infinity. Rounding
+// moves the logarithm of the product by less than 2^-53 (1 + 1e-15) a step, which leaves one or two
+// neighbouring x for which the bounds do not decide, and the product itself must.
+bool overflowsWithin(double power, double x, int32_t steps) {
+  constexpr double kRounding = 0x1.01p-53;
+  const double rate = fathom::log(x);
+  const double room = fathom::log(kLargest) - fathom::log(power);
+  const double slack = 1e-11;
+  if (steps * (rate * (1.0 - 1e-14) - kRounding) > room + slack) return true;
+  if (steps * (rate * (1.0 + 1e-14) + kRounding) < room - slack) return false;
+  for (int32_t k = 0; k < steps; ++k) {
+    power *= x;
+    if (power > kLargest) return true;
+  }
+  return false;
+}
+
+// sum + the terms power x^k / (factor (factor + 2) ... (factor + 2 k - 2)), k = 1 to steps, with
+// running products above and below. The lower one is infinite after at most 151 steps. From there
+// on every term is zero while the upper one is finite, and NaN for good once it is not.
+double chiSquareSeries(double sum, double power, double factor, double x, int32_t steps) {
+  double product = 1.0;
+  for (int32_t k = 1; k <= steps; ++k) {
+    power *= x;
+    product *= factor;
+    factor += 2.0;
+    sum += power / product;
+    if (product > kLargest) {
+      const bool lastingZero = x <= 1.0 || !overflowsWithin(power, x, steps - k);
+      return lastingZero ? sum : std::numeric_limits<double>::quiet_NaN();
+    }
+  }
+  return sum;
+}
+
+double chiSquare(double x, int32_t df) {
+  if (!(x > 0.0)) return 0.0;
+  const double e = fathom::exp(-x * 0.5);
+  const double root = fathom::sqrt(x);
+  const int32_t steps = (df - 1) / 2;
+  if (df % 2 == 0) return 1.0 - e * chiSquareSeries(1.0, 1.0, 2.0, x, steps);
+  const double upper = 1.0 - normal(root);
+  if (df == 1) return 1.0 - 2.0 * upper;
+  const double sum = chiSquareSeries(0.0, 1.0 / root, 1.0, x, steps);
+  return 1.0 - 2.0 * (kInverseRootTwoPi * e * sum + upper);
+}
+
+// The lower end of the last bracket. A NaN, of p or of the distribution, moves the upper end.
+template <typename Distribution>
+double bisect(double lo, double hi, double p, const Distribution& distribution) {
+  while (fathom::fabs(hi - lo) > 1e-4) {
+    const double mid = (lo + hi) * 0.5;
+    (distribution(mid) < p ? lo : hi) = mid;
+  }
+  return lo;
+}
+
+}  // namespace
+
+AnalysisStatus N_Dist(double x, double* p) {
+  *p = normal(x);
+  return FATHOM_OK;
+}
+
+AnalysisStatus InvN_Dist(double p, double* x) {
+  if (!(p < 1.0)) return FATHOM_ERR_PROBABILITY;
+  if (!(p > 0.0)) return FATHOM_ERR_PROBABILITY;
+  const double tail = p < 0.5 ? p : 1.0 - p;
+  const double t = fathom::sqrt(fathom::log(1.0 / (tail * tail)));
+  const double t2 = t * t;
+  const double quotient = (2.515517 + 0.802853 * t + 0.010328 * t2) /
+                          (1.0 + 1.432788 * t + 0.189269 * t2 + 0.001308 * (t2 * t));
+  *x = p < 0.5 ? quotient - t : t - quotient;
+  return FATHOM_OK;
+}
+
+AnalysisStatus T_Dist(double t, int32_t df, double* p) {
+  if (df < 1) return FATHOM_ERR_DEGREES_OF_FREEDOM;
+  *p = StudentT(df)(t);
+  return FATHOM_OK;
+}
+
+AnalysisStatus InvT_Dist(double p, int32_t df, double* t) {
+  if (df < 1) return FATHOM_ERR_DEGREES_OF_FREEDOM;
+  if (p >= 1.0 || p <= 0.0) return FATHOM_ERR_PROBABILITY;
+  *t = bisect(-10000.0, 10000.0, p, StudentT(df));
+  return FATHOM_OK;
+}
+
+AnalysisStatus F_Dist(double f, int32_t df1, int32_t df2, double* p) {
+  if (df1 < 1 || df2 < 1) return FATHOM_ERR_DEGREES_OF_FREEDOM;
+  *p = FisherF(df1, df2)(f);
+  return FATHOM_OK;
+}
+
+AnalysisStatus InvF_Dist(double p, int32_t df1, int32_t df2, double* f) {
+  if (df1 < 1 || df2 < 1) return FATHOM_ERR_DEGREES_OF_FREEDOM;
+  if (p >= 1.0 || p <= 0.0) return FATHOM_ERR_PROBABILITY;
+  *f = bisect(1e-6, 10000.0, p, FisherF(df1, df2));
+  return FATHOM_OK;
+}
+
+AnalysisStatus XX_Dist(double x, int32_t df, double* p) {
+  if (df < 1) return FATHOM_ERR_DEGREES_OF_FREEDOM;
+  *p = chiSquare(x, df);
+  return FATHOM_OK;
+}
+
+AnalysisStatus InvXX_Dist(double p, int32_t df, double* x) {
+  if (p >= 1.0 || p <= 0.0) return FATHOM_ERR_PROBABILITY;
+  if (df < 1) return FATHOM_ERR_DEGREES_OF_FREEDOM;
+  *x = bisect(0.0, 10000.0, p, [df](double at) { return chiSquare(at, df); });
+  return FATHOM_OK;
+}
