@@ -2388,56 +2388,497 @@ FATHOM_API AnalysisStatus Bw_BSF(const double* x, int32_t n, double fs, double l
 
 /* ---- IIR filters: Chebyshev (src/filter/iir/chebyshev.cpp) ---------------------------------- */
 
+/**
+ * Designs a Chebyshev filter as a cascade: |H|^2 = 1 / (1 + e^2 T^2), where T is the Chebyshev
+ * polynomial of degree `order` in v, the warped frequency tan(pi f / fs) relative to the cutoff's,
+ * and e^2 = 10^(ripple / 10) - 1.
+ *
+ * The pass band reaches to the cutoffs; in it the response goes to and fro between 0 dB and -ripple
+ * dB, and -ripple dB is what it has at the cutoffs. At the reference frequency (0 of lowpass and
+ * bandstop, fs / 2 of highpass, the centre of bandpass filters) even orders have -ripple dB and odd
+ * ones 0 dB.
+ *
+ * Bilinear transform, band filters and state are as with Bw_CascadeCoef. Band filters of order 1
+ * are Butterworth filters, whatever the ripple. A bandstop filter of an odd order above 1 leaves
+ * the last two feed-forward coefficients of its first section as they are: zero in a new record.
+ *
+ * C. M. Rader and B. Gold, Digital filter design techniques in the frequency domain, Proceedings of
+ * the IEEE 55, 1967.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low edge of the pass band, or lower edge of the pass band of a band filter, above 0,
+ *                in the unit of fs
+ * @param[in] high upper edge of the pass band, above low, at most fs / 2; ignored for lowpass and
+ *                 highpass, which take (fs / 2 + low) / 2 in its place
+ * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in,out] record that says type and order; its coefficients are written. A type that is not
+ *                       a FathomBand is let pass, and nothing is written
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if the order < 1; FATHOM_ERR_BAND if low, then high, is not
+ *         above 0, if low is not below high (so too for a lowpass or highpass cutoff of fs / 2 and
+ *         more), or if fs is not above 0; FATHOM_ERR_NYQUIST if high, then low, is above fs / 2;
+ *         FATHOM_ERR_RIPPLE if ripple is not above 0; FATHOM_ERR_FILTER_RECORD if na or nb is too
+ *         small for type and order
+ */
 FATHOM_API AnalysisStatus Ch_CascadeCoef(double fs, double low, double high, double ripple,
                                          IIRFilterPtr record);
+
+/**
+ * Designs a Chebyshev filter, as Ch_CascadeCoef, in direct form for IIRFiltering.
+ *
+ * @param[in] type a FathomBand
+ * @param[in] order of the lowpass prototype, at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low edge of the pass band, or lower edge of the pass band of a band filter, above 0,
+ *                in the unit of fs
+ * @param[in] high upper edge of the pass band, above low, at most fs / 2; ignored for lowpass and
+ *                 highpass
+ * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[out] a L feedback coefficients, a[0] = 1: order + 1 for lowpass and highpass, 2 order + 1
+ *               for band filters
+ * @param[in] aCapacity room in a, at least L
+ * @param[out] b L feed-forward coefficients
+ * @param[in] bCapacity room in b, at least L
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND if low, high or fs is not above
+ *         0; FATHOM_ERR_RIPPLE if ripple is not above 0; FATHOM_ERR_BAND if low is not below high
+ *         (for lowpass and highpass: the cutoff not below fs / 2); FATHOM_ERR_NYQUIST if high is
+ *         above fs / 2; FATHOM_ERR_ARRAY_SIZE if a capacity is below L; FATHOM_ERR_SELECTION if
+ *         type is not a FathomBand; FATHOM_ERR_MEMORY
+ */
 FATHOM_API AnalysisStatus Ch_Coef(int32_t type, int32_t order, double fs, double low, double high,
                                   double ripple, double* a, int32_t aCapacity, double* b,
                                   int32_t bCapacity);
+
+/**
+ * Filters n samples, from zero state, by a Chebyshev lowpass filter: the sections of
+ * Ch_CascadeCoef, one after another in direct form I.
+ *
+ * In place: y may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] cutoff edge of the pass band, above 0, at most fs / 2
+ * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in] order at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
+ *         if cutoff, then fs, is not above 0; FATHOM_ERR_RIPPLE if ripple is not above 0;
+ *         FATHOM_ERR_NYQUIST if cutoff is above fs / 2
+ */
 FATHOM_API AnalysisStatus Ch_LPF(const double* x, int32_t n, double fs, double cutoff,
                                  double ripple, int32_t order, double* y);
+
+/**
+ * Filters n samples, from zero state, by a Chebyshev highpass filter: the sections of
+ * Ch_CascadeCoef, one after another in direct form I.
+ *
+ * In place: y may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] cutoff edge of the pass band, above 0, at most fs / 2
+ * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in] order at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
+ *         if cutoff, then fs, is not above 0; FATHOM_ERR_RIPPLE if ripple is not above 0;
+ *         FATHOM_ERR_NYQUIST if cutoff is above fs / 2
+ */
 FATHOM_API AnalysisStatus Ch_HPF(const double* x, int32_t n, double fs, double cutoff,
                                  double ripple, int32_t order, double* y);
+
+/**
+ * Filters n samples, from zero state, by a Chebyshev bandpass filter: the sections of
+ * Ch_CascadeCoef, one after another in direct form I.
+ *
+ * In place: y may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low lower edge of the pass band, above 0
+ * @param[in] high upper edge of the pass band, above low, at most fs / 2
+ * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in] order of the lowpass prototype, at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
+ *         if low, high or fs is not above 0, or if low is not below high; FATHOM_ERR_RIPPLE if
+ *         ripple is not above 0; FATHOM_ERR_NYQUIST if high is above fs / 2
+ */
 FATHOM_API AnalysisStatus Ch_BPF(const double* x, int32_t n, double fs, double low, double high,
                                  double ripple, int32_t order, double* y);
+
+/**
+ * Filters n samples, from zero state, by a Chebyshev bandstop filter: the sections of
+ * Ch_CascadeCoef, one after another in direct form I.
+ *
+ * In place: y may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low lower edge of the pass band, above 0
+ * @param[in] high upper edge of the pass band, above low, at most fs / 2
+ * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in] order of the lowpass prototype, at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
+ *         if low, high or fs is not above 0, or if low is not below high; FATHOM_ERR_RIPPLE if
+ *         ripple is not above 0; FATHOM_ERR_NYQUIST if high is above fs / 2
+ */
 FATHOM_API AnalysisStatus Ch_BSF(const double* x, int32_t n, double fs, double low, double high,
                                  double ripple, int32_t order, double* y);
 
 /* ---- IIR filters: inverse Chebyshev (src/filter/iir/inverse_chebyshev.cpp) ------------------ */
 
+/**
+ * Designs an inverse Chebyshev filter as a cascade: |H|^2 = T^2 / (T^2 + r - 1), where T is the
+ * Chebyshev polynomial of degree `order` in 1 / v, v the warped frequency tan(pi f / fs) relative
+ * to the cutoff's, and r = 10^(attenuation / 10).
+ *
+ * The cutoffs are the edges of the stop band, where the response first reaches -attenuation dB; in
+ * the stop band its peaks come back to that level. The pass band is flat, 0 dB at 0 (lowpass and
+ * bandstop), fs / 2 (highpass and bandstop) or the centre (bandpass).
+ *
+ * Bilinear transform, band filters and state are as with Bw_CascadeCoef.
+ *
+ * A. V. Oppenheim and R. W. Schafer, Digital Signal Processing, 1975.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low edge of the stop band, or lower edge of the stop band of a band filter, above 0,
+ *                in the unit of fs
+ * @param[in] high upper edge of the stop band, above low, at most fs / 2; ignored for lowpass and
+ *                 highpass, which take (fs / 2 + low) / 2 in its place
+ * @param[in] attenuation attenuation of the stop band in dB, above 0
+ * @param[in,out] record that says type and order; its coefficients are written. A type that is not
+ *                       a FathomBand is let pass, and nothing is written
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if the order < 1; FATHOM_ERR_BAND if low, then high, is not
+ *         above 0, if low is not below high (so too for a lowpass or highpass cutoff of fs / 2 and
+ *         more), or if fs is not above 0; FATHOM_ERR_ATTENUATION if attenuation is not above 0;
+ *         FATHOM_ERR_NYQUIST if high, then low, is above fs / 2; FATHOM_ERR_FILTER_RECORD if na or
+ *         nb is too small for type and order
+ */
 FATHOM_API AnalysisStatus InvCh_CascadeCoef(double fs, double low, double high, double attenuation,
                                             IIRFilterPtr record);
+
+/**
+ * Designs an inverse Chebyshev filter, as InvCh_CascadeCoef, in direct form for IIRFiltering.
+ *
+ * @param[in] type a FathomBand
+ * @param[in] order of the lowpass prototype, at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low edge of the stop band, or lower edge of the stop band of a band filter, above 0,
+ *                in the unit of fs
+ * @param[in] high upper edge of the stop band, above low, at most fs / 2; ignored for lowpass and
+ *                 highpass
+ * @param[in] attenuation attenuation of the stop band in dB, above 0
+ * @param[out] a L feedback coefficients, a[0] = 1: order + 1 for lowpass and highpass, 2 order + 1
+ *               for band filters
+ * @param[in] aCapacity room in a, at least L
+ * @param[out] b L feed-forward coefficients
+ * @param[in] bCapacity room in b, at least L
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND if low, high or fs is not above
+ *         0, or if low is not below high (for lowpass and highpass: the cutoff not below fs / 2);
+ *         FATHOM_ERR_ATTENUATION if attenuation is not above 0; FATHOM_ERR_NYQUIST if high is above
+ *         fs / 2; FATHOM_ERR_ARRAY_SIZE if a capacity is below L; FATHOM_ERR_SELECTION if type is
+ *         not a FathomBand; FATHOM_ERR_MEMORY
+ */
 FATHOM_API AnalysisStatus InvCh_Coef(int32_t type, int32_t order, double fs, double low,
                                      double high, double attenuation, double* a, int32_t aCapacity,
                                      double* b, int32_t bCapacity);
+
+/**
+ * Filters n samples, from zero state, by an inverse Chebyshev lowpass filter: the sections of
+ * InvCh_CascadeCoef, one after another in direct form I.
+ *
+ * In place: y may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] cutoff edge of the stop band, above 0, at most fs / 2
+ * @param[in] attenuation attenuation of the stop band in dB, above 0
+ * @param[in] order at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
+ *         if cutoff, then fs, is not above 0; FATHOM_ERR_ATTENUATION if attenuation is not above 0;
+ *         FATHOM_ERR_NYQUIST if cutoff is above fs / 2
+ */
 FATHOM_API AnalysisStatus InvCh_LPF(const double* x, int32_t n, double fs, double cutoff,
                                     double attenuation, int32_t order, double* y);
+
+/**
+ * Filters n samples, from zero state, by an inverse Chebyshev highpass filter: the sections of
+ * InvCh_CascadeCoef, one after another in direct form I.
+ *
+ * In place: y may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] cutoff edge of the stop band, above 0, at most fs / 2
+ * @param[in] attenuation attenuation of the stop band in dB, above 0
+ * @param[in] order at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
+ *         if cutoff, then fs, is not above 0; FATHOM_ERR_ATTENUATION if attenuation is not above 0;
+ *         FATHOM_ERR_NYQUIST if cutoff is above fs / 2
+ */
 FATHOM_API AnalysisStatus InvCh_HPF(const double* x, int32_t n, double fs, double cutoff,
                                     double attenuation, int32_t order, double* y);
+
+/**
+ * Filters n samples, from zero state, by an inverse Chebyshev bandpass filter: the sections of
+ * InvCh_CascadeCoef, one after another in direct form I.
+ *
+ * In place: y may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low lower edge of the stop band, above 0
+ * @param[in] high upper edge of the stop band, above low, at most fs / 2
+ * @param[in] attenuation attenuation of the stop band in dB, above 0
+ * @param[in] order of the lowpass prototype, at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
+ *         if low, high or fs is not above 0, or if low is not below high; FATHOM_ERR_ATTENUATION if
+ *         attenuation is not above 0; FATHOM_ERR_NYQUIST if high is above fs / 2
+ */
 FATHOM_API AnalysisStatus InvCh_BPF(const double* x, int32_t n, double fs, double low, double high,
                                     double attenuation, int32_t order, double* y);
+
+/**
+ * Filters n samples, from zero state, by an inverse Chebyshev bandstop filter: the sections of
+ * InvCh_CascadeCoef, one after another in direct form I.
+ *
+ * In place: y may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low lower edge of the stop band, above 0
+ * @param[in] high upper edge of the stop band, above low, at most fs / 2
+ * @param[in] attenuation attenuation of the stop band in dB, above 0
+ * @param[in] order of the lowpass prototype, at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
+ *         if low, high or fs is not above 0, or if low is not below high; FATHOM_ERR_ATTENUATION if
+ *         attenuation is not above 0; FATHOM_ERR_NYQUIST if high is above fs / 2
+ */
 FATHOM_API AnalysisStatus InvCh_BSF(const double* x, int32_t n, double fs, double low, double high,
                                     double attenuation, int32_t order, double* y);
 
 /* ---- IIR filters: elliptic (src/filter/iir/elliptic.cpp) ------------------------------------ */
 
+/**
+ * Designs an elliptic (Cauer) filter as a cascade, with equal ripple in both bands: |H|^2 = 1 / (1
+ * + e^2 F^2), where F is the elliptic rational function of degree `order` in v, the warped
+ * frequency tan(pi f / fs) relative to the cutoff's, and e^2 = 10^(ripple / 10) - 1.
+ *
+ * The pass band reaches to the cutoffs; in it the response goes to and fro between 0 dB and -ripple
+ * dB. In the stop band its peaks are at -attenuation dB. No other filter of the order has a
+ * narrower transition between the two; its width follows from order, ripple and attenuation. At the
+ * reference frequency (0 of lowpass and bandstop, fs / 2 of highpass, the centre of bandpass
+ * filters) even orders have -ripple dB and odd ones 0 dB. An order of 1 has no zeros to place, and
+ * attenuation does not matter.
+ *
+ * The levels hold to 1e-9 dB for orders to 12, ripples of 0.01 to 3 dB and attenuations of 20 to
+ * 120 dB, but for what the rounding of the coefficients to double precision itself does to filters
+ * whose edges lie close together or close to 0 or fs / 2.
+ *
+ * Bilinear transform, band filters and state are as with Bw_CascadeCoef.
+ *
+ * S. J. Orfanidis, Lecture Notes on Elliptic Filter Design, Rutgers University, 2006; A. Antoniou,
+ * Digital Filters: Analysis, Design, and Applications, 1993.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low edge of the pass band, or lower edge of the pass band of a band filter, above 0,
+ *                in the unit of fs
+ * @param[in] high upper edge of the pass band, above low, at most fs / 2; ignored for lowpass and
+ *                 highpass, which take (fs / 2 + low) / 2 in its place
+ * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in] attenuation attenuation of the stop band in dB, above ripple
+ * @param[in,out] record that says type and order; its coefficients are written. A type that is not
+ *                       a FathomBand is let pass, and nothing is written
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if the order < 1; FATHOM_ERR_BAND if low, then high, is not
+ *         above 0, if low is not below high (so too for a lowpass or highpass cutoff of fs / 2 and
+ *         more), or if fs is not above 0; FATHOM_ERR_NYQUIST if high, then low, is above fs / 2;
+ *         FATHOM_ERR_RIPPLE if ripple is not above 0; FATHOM_ERR_ATTENUATION if attenuation is not
+ *         above 0; FATHOM_ERR_ATTENUATION_BELOW_RIPPLE if it is not above ripple;
+ *         FATHOM_ERR_FILTER_RECORD if na or nb is too small for type and order
+ */
 FATHOM_API AnalysisStatus Elp_CascadeCoef(double fs, double low, double high, double ripple,
                                           double attenuation, IIRFilterPtr record);
+
+/**
+ * Designs an elliptic (Cauer) filter, as Elp_CascadeCoef, in direct form for IIRFiltering.
+ *
+ * @param[in] type a FathomBand
+ * @param[in] order of the lowpass prototype, at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low edge of the pass band, or lower edge of the pass band of a band filter, above 0,
+ *                in the unit of fs
+ * @param[in] high upper edge of the pass band, above low, at most fs / 2; ignored for lowpass and
+ *                 highpass
+ * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in] attenuation attenuation of the stop band in dB, above ripple
+ * @param[out] a L feedback coefficients, a[0] = 1: order + 1 for lowpass and highpass, 2 order + 1
+ *               for band filters
+ * @param[in] aCapacity room in a, at least L
+ * @param[out] b L feed-forward coefficients
+ * @param[in] bCapacity room in b, at least L
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND if low, high or fs is not above
+ *         0; FATHOM_ERR_RIPPLE if ripple is not above 0; FATHOM_ERR_BAND if low is not below high
+ *         (for lowpass and highpass: the cutoff not below fs / 2); FATHOM_ERR_NYQUIST if high is
+ *         above fs / 2; FATHOM_ERR_ATTENUATION if attenuation is not above 0;
+ *         FATHOM_ERR_ATTENUATION_BELOW_RIPPLE if it is not above ripple; FATHOM_ERR_ARRAY_SIZE if a
+ *         capacity is below L; FATHOM_ERR_SELECTION if type is not a FathomBand; FATHOM_ERR_MEMORY
+ */
 FATHOM_API AnalysisStatus Elp_Coef(int32_t type, int32_t order, double fs, double low, double high,
                                    double ripple, double attenuation, double* a, int32_t aCapacity,
                                    double* b, int32_t bCapacity);
+
+/**
+ * Filters n samples, from zero state, by an elliptic (Cauer) lowpass filter: the sections of
+ * Elp_CascadeCoef, one after another in direct form I.
+ *
+ * In place: y may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] cutoff edge of the pass band, above 0, at most fs / 2
+ * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in] attenuation attenuation of the stop band in dB, above ripple
+ * @param[in] order at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
+ *         if cutoff, then fs, is not above 0; FATHOM_ERR_RIPPLE if ripple is not above 0;
+ *         FATHOM_ERR_NYQUIST if cutoff is above fs / 2; FATHOM_ERR_ATTENUATION if attenuation is
+ *         not above 0; FATHOM_ERR_ATTENUATION_BELOW_RIPPLE if it is not above ripple
+ */
 FATHOM_API AnalysisStatus Elp_LPF(const double* x, int32_t n, double fs, double cutoff,
                                   double ripple, double attenuation, int32_t order, double* y);
+
+/**
+ * Filters n samples, from zero state, by an elliptic (Cauer) highpass filter: the sections of
+ * Elp_CascadeCoef, one after another in direct form I.
+ *
+ * In place: y may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] cutoff edge of the pass band, above 0, at most fs / 2
+ * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in] attenuation attenuation of the stop band in dB, above ripple
+ * @param[in] order at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
+ *         if cutoff, then fs, is not above 0; FATHOM_ERR_RIPPLE if ripple is not above 0;
+ *         FATHOM_ERR_NYQUIST if cutoff is above fs / 2; FATHOM_ERR_ATTENUATION if attenuation is
+ *         not above 0; FATHOM_ERR_ATTENUATION_BELOW_RIPPLE if it is not above ripple
+ */
 FATHOM_API AnalysisStatus Elp_HPF(const double* x, int32_t n, double fs, double cutoff,
                                   double ripple, double attenuation, int32_t order, double* y);
+
+/**
+ * Filters n samples, from zero state, by an elliptic (Cauer) bandpass filter: the sections of
+ * Elp_CascadeCoef, one after another in direct form I.
+ *
+ * In place: y may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low lower edge of the pass band, above 0
+ * @param[in] high upper edge of the pass band, above low, at most fs / 2
+ * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in] attenuation attenuation of the stop band in dB, above ripple
+ * @param[in] order of the lowpass prototype, at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
+ *         if low, high or fs is not above 0, or if low is not below high; FATHOM_ERR_RIPPLE if
+ *         ripple is not above 0; FATHOM_ERR_NYQUIST if high is above fs / 2; FATHOM_ERR_ATTENUATION
+ *         if attenuation is not above 0; FATHOM_ERR_ATTENUATION_BELOW_RIPPLE if it is not above
+ *         ripple
+ */
 FATHOM_API AnalysisStatus Elp_BPF(const double* x, int32_t n, double fs, double low, double high,
                                   double ripple, double attenuation, int32_t order, double* y);
+
+/**
+ * Filters n samples, from zero state, by an elliptic (Cauer) bandstop filter: the sections of
+ * Elp_CascadeCoef, one after another in direct form I.
+ *
+ * In place: y may be x.
+ *
+ * @param[in] x n samples
+ * @param[in] n at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low lower edge of the pass band, above 0
+ * @param[in] high upper edge of the pass band, above low, at most fs / 2
+ * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in] attenuation attenuation of the stop band in dB, above ripple
+ * @param[in] order of the lowpass prototype, at least 1
+ * @param[out] y n samples
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
+ *         if low, high or fs is not above 0, or if low is not below high; FATHOM_ERR_RIPPLE if
+ *         ripple is not above 0; FATHOM_ERR_NYQUIST if high is above fs / 2; FATHOM_ERR_ATTENUATION
+ *         if attenuation is not above 0; FATHOM_ERR_ATTENUATION_BELOW_RIPPLE if it is not above
+ *         ripple
+ */
 FATHOM_API AnalysisStatus Elp_BSF(const double* x, int32_t n, double fs, double low, double high,
                                   double ripple, double attenuation, int32_t order, double* y);
 
 /* ---- IIR filters: Bessel (src/filter/iir/bessel.cpp) ---------------------------------------- */
 
+/**
+ * Designs a Bessel-like filter, of nearly linear phase in the pass band, as a cascade: the poles of
+ * the lowpass prototype are -sqrt(1 - c^2) +- i c with c = 1 - (2 k + 1) / order, k = 0, 1, ...
+ * below order / 2 rounded down, and, for odd orders, -1.
+ *
+ * The poles lie on the unit circle at equal distances in the imaginary direction, near which those
+ * of the Bessel polynomials lie; they are not the zeros of these polynomials, and the response at
+ * the cutoffs is not -3 dB but that of the prototype at 1: about -4.8 dB for order 2.
+ *
+ * Bilinear transform, band filters and state are as with Bw_CascadeCoef.
+ *
+ * L. R. Rabiner and B. Gold, Theory and Application of Digital Signal Processing, 1975.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low cutoff, or lower cutoff of a band filter, above 0, in the unit of fs
+ * @param[in] high upper cutoff, above low, at most fs / 2; ignored for lowpass and highpass, which
+ *                 take (fs / 2 + low) / 2 in its place
+ * @param[in,out] record that says type and order; its coefficients are written. A type that is not
+ *                       a FathomBand is let pass, and nothing is written
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if the order < 1; FATHOM_ERR_BAND if low, then high, is not
+ *         above 0, if low is not below high (so too for a lowpass or highpass cutoff of fs / 2 and
+ *         more), or if fs is not above 0; FATHOM_ERR_NYQUIST if high, then low, is above fs / 2;
+ *         FATHOM_ERR_FILTER_RECORD if na or nb is too small for type and order
+ */
 FATHOM_API AnalysisStatus Bessel_CascadeCoef(double fs, double low, double high,
                                              IIRFilterPtr record);
+
+/**
+ * Designs a Bessel-like filter, as Bessel_CascadeCoef, in direct form for IIRFiltering.
+ *
+ * @param[in] type a FathomBand
+ * @param[in] order of the lowpass prototype, at least 1
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low cutoff, or lower cutoff of a band filter, above 0, in the unit of fs
+ * @param[in] high upper cutoff, above low, at most fs / 2; ignored for lowpass and highpass
+ * @param[out] a L feedback coefficients, a[0] = 1: order + 1 for lowpass and highpass, 2 order + 1
+ *               for band filters
+ * @param[in] aCapacity room in a, at least L
+ * @param[out] b L feed-forward coefficients
+ * @param[in] bCapacity room in b, at least L
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND if low, high or fs is not above
+ *         0, or if low is not below high (for lowpass and highpass: the cutoff not below fs / 2);
+ *         FATHOM_ERR_NYQUIST if high is above fs / 2; FATHOM_ERR_ARRAY_SIZE if a capacity is below
+ *         L; FATHOM_ERR_SELECTION if type is not a FathomBand; FATHOM_ERR_MEMORY
+ */
 FATHOM_API AnalysisStatus Bessel_Coef(int32_t type, int32_t order, double fs, double low,
                                       double high, double* a, int32_t aCapacity, double* b,
                                       int32_t bCapacity);
