@@ -147,6 +147,13 @@ enum FathomBand {
   FATHOM_BANDSTOP = 3
 };
 
+/** Designs of Equi_Ripple. Any other value is FATHOM_FIR_HILBERT without its demands on the edges. */
+enum FathomFirDesign {
+  FATHOM_FIR_MULTIBAND = 1,      /**< symmetric coefficients */
+  FATHOM_FIR_DIFFERENTIATOR = 2, /**< antisymmetric; desired values are multiplied by frequency */
+  FATHOM_FIR_HILBERT = 3         /**< antisymmetric */
+};
+
 /** Windows of the Wind_ designs. Any other value is FATHOM_FIR_HAMMING. */
 enum FathomFirWindow {
   FATHOM_FIR_RECTANGULAR = 1,
@@ -1225,7 +1232,144 @@ FATHOM_API AnalysisStatus InvXX_Dist(double p, int32_t df, double* x);
 
 /* ---- Analysis of variance (src/stats/anova.cpp) --------------------------------------------- */
 
+/**
+ * One-way analysis of variance of n observations at k levels of one factor.
+ *
+ * With C = (sum of y)^2 / n, with T_j the sum and n_j the number of the observations at level j:
+ * ssT = sum of y^2 - C, ssA = sum of T_j^2 / n_j - C, ssE = ssT - ssA, msA = ssA / (k - 1),
+ * msE = ssE / (n - k), f = msA / msE, and p = 1 - F_Dist(f, k - 1, n - k). All sums are taken in one
+ * pass, which costs about twice as many digits as the observations share: subtract what they have
+ * in common where that matters. ssA and ssE can come out slightly negative.
+ *
+ * Source: R. A. Fisher, Statistical Methods for Research Workers, 1925.
+ *
+ * @param[in] y n observations
+ * @param[in] level n levels of the factor, each from 0 to k - 1
+ * @param[in] n number of observations, at least 1
+ * @param[in] k number of levels, from 2 to n - 1
+ * @param[out] ssA sum of squares between levels, in the squared unit of y
+ * @param[out] msA mean square between levels
+ * @param[out] f F ratio
+ * @param[out] p significance: the probability of a larger ratio where all levels have one mean
+ * @param[out] ssE sum of squares within levels
+ * @param[out] msE mean square within levels
+ * @param[out] ssT total sum of squares
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_LEVEL_COUNT if k < 2 or k >= n;
+ *         FATHOM_ERR_MEMORY if 12 k bytes cannot be allocated; FATHOM_ERR_FACTOR_LEVEL if a level is
+ *         below 0 or above k - 1; FATHOM_ERR_EMPTY_LEVEL if a level has no observation
+ */
+FATHOM_API AnalysisStatus ANOVA1Way(const double* y, const int32_t* level, int32_t n, int32_t k,
+                                    double* ssA, double* msA, double* f, double* p, double* ssE,
+                                    double* msE, double* ssT);
+
+/**
+ * Two-way analysis of variance of a balanced design: |a| |b| cells of `replicates` observations.
+ *
+ * A negative number of levels tells that the factor's effect is random, a positive one that it is
+ * fixed. The table has four rows of four values. Rows: factor A, factor B, interaction AB, error.
+ * Columns: sum of squares, degrees of freedom, mean square, F ratio; the last cell, the error's F
+ * ratio, is not written.
+ *
+ * With C = (sum of y)^2 / n, a factor's sum of squares is that of T^2 / m - C over its levels, each
+ * with sum T of m observations; ssCells is the same over the cells, AB has ssCells - ssA - ssB and
+ * the error sum of y^2 - C - ssCells. A is tested against AB where B is random and against the error
+ * where it is fixed, B likewise, AB against the error. Every significance is 1 - F_Dist(ratio,
+ * degrees of the effect, degrees of the error), over AB too. With one observation in each cell the
+ * interaction serves as error, and its own row, ratio and significance are 0.
+ * Lost digits: as in ANOVA1Way.
+ *
+ * Source: H. Scheffe, The Analysis of Variance, 1959, chapters 4 and 8.
+ *
+ * @param[in] y n observations, in any order
+ * @param[in] levelA n levels of factor A, each from 0 to |a| - 1
+ * @param[in] levelB n levels of factor B, each from 0 to |b| - 1
+ * @param[in] n number of observations, |a| |b| replicates
+ * @param[in] replicates number of observations in each cell, at least 1, or 2 with a random effect
+ * @param[in] a number of levels of A, of at least 2 in magnitude
+ * @param[in] b number of levels of B, of at least 2 in magnitude
+ * @param[out] table 16 values, of which 15 are written, row after row
+ * @param[out] pA significance of A
+ * @param[out] pB significance of B
+ * @param[out] pAB significance of the interaction
+ * @return FATHOM_OK; FATHOM_ERR_TOTAL_POINTS if n is not |a| |b| replicates; FATHOM_ERR_LEVEL_COUNT
+ *         if |a| < 2 or |b| < 2; FATHOM_ERR_EMPTY_LEVEL if replicates < 1; FATHOM_ERR_MEMORY if a
+ *         sum for each level and cell cannot be allocated; FATHOM_ERR_FACTOR_LEVEL if a level does
+ *         not exist; FATHOM_ERR_UNBALANCED if a cell has not `replicates` observations;
+ *         FATHOM_ERR_FIXED_EFFECT if replicates is 1 and a < 0 or b < 0
+ */
+FATHOM_API AnalysisStatus ANOVA2Way(const double* y, const int32_t* levelA, const int32_t* levelB,
+                                    int32_t n, int32_t replicates, int32_t a, int32_t b,
+                                    double* table, double* pA, double* pB, double* pAB);
+
+/**
+ * Three-way analysis of variance of a balanced design: |a| |b| |c| cells of `replicates`
+ * observations.
+ *
+ * Levels, signs and columns are those of ANOVA2Way. The eight rows of the table: A, B, C, AB, AC,
+ * BC, ABC, error; the error's F ratio is 0. An interaction's sum of squares is that of T^2 / m - C
+ * over its cells, less those of the effects within it, in the order of the rows.
+ *
+ * An effect is tested against the error where all factors outside it are fixed, and against its
+ * interaction with the one random factor outside it; the significance is 1 - F_Dist(ratio, degrees
+ * of the effect, degrees of the row it is tested against). A factor beside two random ones has no
+ * exact test: its F ratio and significance are -1.
+ *
+ * Source: H. Scheffe, The Analysis of Variance, 1959, chapters 4 and 8.
+ *
+ * @param[in] y n observations, in any order
+ * @param[in] levelA n levels of factor A, each from 0 to |a| - 1
+ * @param[in] levelB n levels of factor B, each from 0 to |b| - 1
+ * @param[in] levelC n levels of factor C, each from 0 to |c| - 1
+ * @param[in] n number of observations, |a| |b| |c| replicates
+ * @param[in] replicates number of observations in each cell, at least 2
+ * @param[in] a number of levels of A, of at least 2 in magnitude
+ * @param[in] b number of levels of B, of at least 2 in magnitude
+ * @param[in] c number of levels of C, of at least 2 in magnitude
+ * @param[out] table 32 values, row after row
+ * @param[out] pA significance of A
+ * @param[out] pB significance of B
+ * @param[out] pC significance of C
+ * @param[out] pAB significance of the interaction of A and B
+ * @param[out] pAC significance of the interaction of A and C
+ * @param[out] pBC significance of the interaction of B and C
+ * @param[out] pABC significance of the interaction of all three
+ * @return FATHOM_OK; FATHOM_ERR_TOTAL_POINTS if n is not |a| |b| |c| replicates;
+ *         FATHOM_ERR_EMPTY_LEVEL if replicates < 2; FATHOM_ERR_LEVEL_COUNT if |a| < 2, |b| < 2 or
+ *         |c| < 2; FATHOM_ERR_MEMORY if a sum for each level and cell cannot be allocated;
+ *         FATHOM_ERR_FACTOR_LEVEL if a level does not exist; FATHOM_ERR_UNBALANCED if a cell has not
+ *         `replicates` observations
+ */
+FATHOM_API AnalysisStatus ANOVA3Way(const double* y, const int32_t* levelA, const int32_t* levelB,
+                                    const int32_t* levelC, int32_t n, int32_t replicates, int32_t a,
+                                    int32_t b, int32_t c, double* table, double* pA, double* pB,
+                                    double* pC, double* pAB, double* pAC, double* pBC,
+                                    double* pABC);
+
 /* ---- Contingency tables (src/stats/contingency.cpp) ----------------------------------------- */
+
+/**
+ * Chi-square test of independence on an r x c table of counts: chi2 is the sum over the cells, row
+ * after row, of (O - E)^2 / E, where O is the count and E = (row sum) (column sum) / (total).
+ *
+ * p = 1 - XX_Dist(chi2, (r - 1) (c - 1)), which holds for as many degrees of freedom as XX_Dist
+ * does. Where they exceed INT32_MAX, the largest int32_t of the same parity stands for them. A row
+ * or column of zeros makes E zero, chi2 NaN, and p, as for no deviation at all, 1.
+ *
+ * Source: K. Pearson, On the criterion that a given system of deviations ... can be reasonably
+ * supposed to have arisen from random sampling, Philosophical Magazine 50, 1900.
+ *
+ * @param[in] r number of rows, at least 2
+ * @param[in] c number of columns, at least 2
+ * @param[in] counts r x c counts, row after row, none negative
+ * @param[out] chi2 the statistic
+ * @param[out] p significance: the probability of a larger statistic where rows and columns are
+ *     independent
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if r < 0 or c < 0; FATHOM_ERR_MEMORY if a real table of
+ *         the same shape and its margins cannot be allocated; FATHOM_ERR_CATEGORIES if r < 2 or
+ *         c < 2; FATHOM_ERR_NEGATIVE_TABLE if a count is negative
+ */
+FATHOM_API AnalysisStatus Contingency_Table(int32_t r, int32_t c, const int32_t* counts,
+                                            double* chi2, double* p);
 
 /* ---- Periodic waveforms (src/generate/waveform.cpp) ------------------------------------------ */
 
@@ -2410,7 +2554,7 @@ FATHOM_API AnalysisStatus Bw_BSF(const double* x, int32_t n, double fs, double l
  *                in the unit of fs
  * @param[in] high upper edge of the pass band, above low, at most fs / 2; ignored for lowpass and
  *                 highpass, which take (fs / 2 + low) / 2 in its place
- * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in] ripple of the pass band in dB, above 0
  * @param[in,out] record that says type and order; its coefficients are written. A type that is not
  *                       a FathomBand is let pass, and nothing is written
  * @return FATHOM_OK; FATHOM_ERR_ORDER if the order < 1; FATHOM_ERR_BAND if low, then high, is not
@@ -2432,7 +2576,7 @@ FATHOM_API AnalysisStatus Ch_CascadeCoef(double fs, double low, double high, dou
  *                in the unit of fs
  * @param[in] high upper edge of the pass band, above low, at most fs / 2; ignored for lowpass and
  *                 highpass
- * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in] ripple of the pass band in dB, above 0
  * @param[out] a L feedback coefficients, a[0] = 1: order + 1 for lowpass and highpass, 2 order + 1
  *               for band filters
  * @param[in] aCapacity room in a, at least L
@@ -2458,7 +2602,7 @@ FATHOM_API AnalysisStatus Ch_Coef(int32_t type, int32_t order, double fs, double
  * @param[in] n at least 1
  * @param[in] fs sampling frequency, above 0
  * @param[in] cutoff edge of the pass band, above 0, at most fs / 2
- * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in] ripple of the pass band in dB, above 0
  * @param[in] order at least 1
  * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
@@ -2478,7 +2622,7 @@ FATHOM_API AnalysisStatus Ch_LPF(const double* x, int32_t n, double fs, double c
  * @param[in] n at least 1
  * @param[in] fs sampling frequency, above 0
  * @param[in] cutoff edge of the pass band, above 0, at most fs / 2
- * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in] ripple of the pass band in dB, above 0
  * @param[in] order at least 1
  * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
@@ -2499,7 +2643,7 @@ FATHOM_API AnalysisStatus Ch_HPF(const double* x, int32_t n, double fs, double c
  * @param[in] fs sampling frequency, above 0
  * @param[in] low lower edge of the pass band, above 0
  * @param[in] high upper edge of the pass band, above low, at most fs / 2
- * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in] ripple of the pass band in dB, above 0
  * @param[in] order of the lowpass prototype, at least 1
  * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
@@ -2520,7 +2664,7 @@ FATHOM_API AnalysisStatus Ch_BPF(const double* x, int32_t n, double fs, double l
  * @param[in] fs sampling frequency, above 0
  * @param[in] low lower edge of the pass band, above 0
  * @param[in] high upper edge of the pass band, above low, at most fs / 2
- * @param[in] ripple ripple of the pass band in dB, above 0
+ * @param[in] ripple of the pass band in dB, above 0
  * @param[in] order of the lowpass prototype, at least 1
  * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
@@ -2550,7 +2694,7 @@ FATHOM_API AnalysisStatus Ch_BSF(const double* x, int32_t n, double fs, double l
  *                in the unit of fs
  * @param[in] high upper edge of the stop band, above low, at most fs / 2; ignored for lowpass and
  *                 highpass, which take (fs / 2 + low) / 2 in its place
- * @param[in] attenuation attenuation of the stop band in dB, above 0
+ * @param[in] attenuation of the stop band in dB, above 0
  * @param[in,out] record that says type and order; its coefficients are written. A type that is not
  *                       a FathomBand is let pass, and nothing is written
  * @return FATHOM_OK; FATHOM_ERR_ORDER if the order < 1; FATHOM_ERR_BAND if low, then high, is not
@@ -2572,7 +2716,7 @@ FATHOM_API AnalysisStatus InvCh_CascadeCoef(double fs, double low, double high, 
  *                in the unit of fs
  * @param[in] high upper edge of the stop band, above low, at most fs / 2; ignored for lowpass and
  *                 highpass
- * @param[in] attenuation attenuation of the stop band in dB, above 0
+ * @param[in] attenuation of the stop band in dB, above 0
  * @param[out] a L feedback coefficients, a[0] = 1: order + 1 for lowpass and highpass, 2 order + 1
  *               for band filters
  * @param[in] aCapacity room in a, at least L
@@ -2598,7 +2742,7 @@ FATHOM_API AnalysisStatus InvCh_Coef(int32_t type, int32_t order, double fs, dou
  * @param[in] n at least 1
  * @param[in] fs sampling frequency, above 0
  * @param[in] cutoff edge of the stop band, above 0, at most fs / 2
- * @param[in] attenuation attenuation of the stop band in dB, above 0
+ * @param[in] attenuation of the stop band in dB, above 0
  * @param[in] order at least 1
  * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
@@ -2618,7 +2762,7 @@ FATHOM_API AnalysisStatus InvCh_LPF(const double* x, int32_t n, double fs, doubl
  * @param[in] n at least 1
  * @param[in] fs sampling frequency, above 0
  * @param[in] cutoff edge of the stop band, above 0, at most fs / 2
- * @param[in] attenuation attenuation of the stop band in dB, above 0
+ * @param[in] attenuation of the stop band in dB, above 0
  * @param[in] order at least 1
  * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
@@ -2639,7 +2783,7 @@ FATHOM_API AnalysisStatus InvCh_HPF(const double* x, int32_t n, double fs, doubl
  * @param[in] fs sampling frequency, above 0
  * @param[in] low lower edge of the stop band, above 0
  * @param[in] high upper edge of the stop band, above low, at most fs / 2
- * @param[in] attenuation attenuation of the stop band in dB, above 0
+ * @param[in] attenuation of the stop band in dB, above 0
  * @param[in] order of the lowpass prototype, at least 1
  * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
@@ -2660,7 +2804,7 @@ FATHOM_API AnalysisStatus InvCh_BPF(const double* x, int32_t n, double fs, doubl
  * @param[in] fs sampling frequency, above 0
  * @param[in] low lower edge of the stop band, above 0
  * @param[in] high upper edge of the stop band, above low, at most fs / 2
- * @param[in] attenuation attenuation of the stop band in dB, above 0
+ * @param[in] attenuation of the stop band in dB, above 0
  * @param[in] order of the lowpass prototype, at least 1
  * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
@@ -2698,8 +2842,8 @@ FATHOM_API AnalysisStatus InvCh_BSF(const double* x, int32_t n, double fs, doubl
  *                in the unit of fs
  * @param[in] high upper edge of the pass band, above low, at most fs / 2; ignored for lowpass and
  *                 highpass, which take (fs / 2 + low) / 2 in its place
- * @param[in] ripple ripple of the pass band in dB, above 0
- * @param[in] attenuation attenuation of the stop band in dB, above ripple
+ * @param[in] ripple of the pass band in dB, above 0
+ * @param[in] attenuation of the stop band in dB, above ripple
  * @param[in,out] record that says type and order; its coefficients are written. A type that is not
  *                       a FathomBand is let pass, and nothing is written
  * @return FATHOM_OK; FATHOM_ERR_ORDER if the order < 1; FATHOM_ERR_BAND if low, then high, is not
@@ -2722,8 +2866,8 @@ FATHOM_API AnalysisStatus Elp_CascadeCoef(double fs, double low, double high, do
  *                in the unit of fs
  * @param[in] high upper edge of the pass band, above low, at most fs / 2; ignored for lowpass and
  *                 highpass
- * @param[in] ripple ripple of the pass band in dB, above 0
- * @param[in] attenuation attenuation of the stop band in dB, above ripple
+ * @param[in] ripple of the pass band in dB, above 0
+ * @param[in] attenuation of the stop band in dB, above ripple
  * @param[out] a L feedback coefficients, a[0] = 1: order + 1 for lowpass and highpass, 2 order + 1
  *               for band filters
  * @param[in] aCapacity room in a, at least L
@@ -2750,8 +2894,8 @@ FATHOM_API AnalysisStatus Elp_Coef(int32_t type, int32_t order, double fs, doubl
  * @param[in] n at least 1
  * @param[in] fs sampling frequency, above 0
  * @param[in] cutoff edge of the pass band, above 0, at most fs / 2
- * @param[in] ripple ripple of the pass band in dB, above 0
- * @param[in] attenuation attenuation of the stop band in dB, above ripple
+ * @param[in] ripple of the pass band in dB, above 0
+ * @param[in] attenuation of the stop band in dB, above ripple
  * @param[in] order at least 1
  * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
@@ -2772,8 +2916,8 @@ FATHOM_API AnalysisStatus Elp_LPF(const double* x, int32_t n, double fs, double 
  * @param[in] n at least 1
  * @param[in] fs sampling frequency, above 0
  * @param[in] cutoff edge of the pass band, above 0, at most fs / 2
- * @param[in] ripple ripple of the pass band in dB, above 0
- * @param[in] attenuation attenuation of the stop band in dB, above ripple
+ * @param[in] ripple of the pass band in dB, above 0
+ * @param[in] attenuation of the stop band in dB, above ripple
  * @param[in] order at least 1
  * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
@@ -2795,8 +2939,8 @@ FATHOM_API AnalysisStatus Elp_HPF(const double* x, int32_t n, double fs, double 
  * @param[in] fs sampling frequency, above 0
  * @param[in] low lower edge of the pass band, above 0
  * @param[in] high upper edge of the pass band, above low, at most fs / 2
- * @param[in] ripple ripple of the pass band in dB, above 0
- * @param[in] attenuation attenuation of the stop band in dB, above ripple
+ * @param[in] ripple of the pass band in dB, above 0
+ * @param[in] attenuation of the stop band in dB, above ripple
  * @param[in] order of the lowpass prototype, at least 1
  * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
@@ -2819,8 +2963,8 @@ FATHOM_API AnalysisStatus Elp_BPF(const double* x, int32_t n, double fs, double 
  * @param[in] fs sampling frequency, above 0
  * @param[in] low lower edge of the pass band, above 0
  * @param[in] high upper edge of the pass band, above low, at most fs / 2
- * @param[in] ripple ripple of the pass band in dB, above 0
- * @param[in] attenuation attenuation of the stop band in dB, above ripple
+ * @param[in] ripple of the pass band in dB, above 0
+ * @param[in] attenuation of the stop band in dB, above ripple
  * @param[in] order of the lowpass prototype, at least 1
  * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
@@ -2901,6 +3045,18 @@ FATHOM_API AnalysisStatus Ksr_BSF(double fs, double low, double high, int32_t n,
                                   double beta);
 
 /* ---- FIR filters: equiripple designs (src/filter/fir/equiripple.cpp) ------------------------ */
+
+FATHOM_API AnalysisStatus Equi_Ripple(int32_t bands, const double* desired, const double* weights,
+                                      double fs, const double* edges, int32_t type, int32_t n,
+                                      double* h, double* deviation);
+FATHOM_API AnalysisStatus EquiRpl_LPF(double fs, double pass, double stop, int32_t n, double* h,
+                                      double* deviation);
+FATHOM_API AnalysisStatus EquiRpl_HPF(double fs, double stop, double pass, int32_t n, double* h,
+                                      double* deviation);
+FATHOM_API AnalysisStatus EquiRpl_BPF(double fs, double lowStop, double lowPass, double highPass,
+                                      double highStop, int32_t n, double* h, double* deviation);
+FATHOM_API AnalysisStatus EquiRpl_BSF(double fs, double lowPass, double lowStop, double highStop,
+                                      double highPass, int32_t n, double* h, double* deviation);
 
 /* ---- Matrix products, transpose, trace (src/linalg/product.cpp) ----------------------------- */
 
