@@ -1,5 +1,6 @@
 // Parameters of a single positive pulse: its two levels from the histogram of the samples, and the
 // times at which it crosses fractions of the step between them.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -33,6 +34,8 @@ FATHOM_MULTIVERSION Range rangeOf(const double* x, std::size_t n) {
   };
   for (std::size_t j = 0; j < kLanes; ++j) take(minima[j], maxima[j]);
   for (; i < n; ++i) take(x[i], x[i]);
+  // Of zeros of both signs the first counts; the minimum's sign shows in no result.
+  if (range.maximum == 0.0) range.maximum = *std::find(x, x + n, 0.0);
   return range;
 }
 

@@ -41,6 +41,9 @@ TEST(Pulse, ShootsAreOfTheExtremes) {
     EXPECT_TRUE(SameBits(measure(x)[2], 5.0 - measure(x)[1]));
     EXPECT_TRUE(SameBits(measure(low)[3], measure(low)[0] + 5.0));
   }
+  Values x(70, -24 * kDenormal);  // whose top is 0
+  x[5] = -0.0, x[33] = 0.0;
+  EXPECT_TRUE(SameBits(measure(x)[2], -0.0));
 }
 
 }  // namespace
