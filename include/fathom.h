@@ -1559,7 +1559,7 @@ FATHOM_API AnalysisStatus Sinc(int32_t n, double amplitude, double delay, double
  * order, draw from one sequence. A seed of 0 or more restarts it; 0 does what 32767 does. Its state
  * is not locked: calls of the three from several threads must be serialised by the caller. Seeds
  * above 12558383 wrap around 32 bits in the generator's first step, which may leave it giving
- * negative draws as well, down to -32767.
+ * negative draws as well, down to -32766, and so values below the ranges given for the three.
  *
  * Source: B. A. Wichmann and I. D. Hill, Algorithm AS 183: An efficient and portable pseudo-random
  * number generator, Applied Statistics 31 (1982).
@@ -2088,7 +2088,7 @@ FATHOM_API AnalysisStatus Deconvolve(const double* signal, int32_t ns, const dou
  * @param[in] unit a sum of FathomUnit; outside 0 to 7 its lowest three bits count, and the label
  *            gets no suffix
  * @param[in] noiseBandwidth of the window that was applied, in bins: 1 for none, 1.5 for HanWin;
- * not checked, as df
+ *            not checked, as df
  * @param[in] df spacing of the bins in hertz
  * @param[in] reserved not used
  * @param[out] converted n values
@@ -2195,8 +2195,9 @@ FATHOM_API AnalysisStatus HarmonicAnalyzer(double* spectrum, int32_t n, int32_t 
  * Base and top are the levels at which the samples gather: between the smallest and the largest
  * sample lie 25 intervals of Histogram; the centre of the fullest of the lower 12 is the base and
  * that of the fullest of the upper 12 is the top, of equally full ones the outermost. Crossings are
- * looked for at 0.1, 0.5 and 0.9 of the step from base to top, from the first sample on; one that
- * is not found is at n, and measures up to n are no failure.
+ * looked for in one pass from the first sample on: of 0.5, then 0.9 of the step from base to top on
+ * the way up, of 0.5, then 0.1 on the way down. One that is not found is at n, and measures up to n
+ * are no failure.
  *
  * A NaN is no extreme and is in no interval, but ends the search for a crossing where it stands. If
  * all samples are equal, or the first is a NaN, base and top are the first sample.
@@ -2214,11 +2215,12 @@ FATHOM_API AnalysisStatus HarmonicAnalyzer(double* spectrum, int32_t n, int32_t 
  * @param[out] overshoot largest sample - top
  * @param[out] preshoot base - smallest sample
  * @param[out] delay index of the first sample not below the middle level
- * @param[out] width samples from there to the next one not above the middle level
- * @param[out] riseTime samples from the last one below the low level, or the first sample if there
- *             is none, to the first not below the high level
- * @param[out] fallTime samples from the last one above the high level to the first not above the
- * low level
+ * @param[out] width samples from there to the first that is not above the middle level once the
+ *             high level was reached
+ * @param[out] riseTime samples from the last one below the low level ahead of the delay, or the
+ *             first sample if there is none, to the one, from the delay on, that reaches the high level
+ * @param[out] fallTime samples from the last one above the high level within the width, or the one
+ *             that reached it if none is above, to the first past the width not above the low level
  * @param[out] slewRate (highReference - lowReference) / riseTime per sample; 1e30 for a rise time
  *             of 0
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
