@@ -3,15 +3,30 @@
 #ifndef FATHOM_ARRAY_COMPLEX_HPP
 #define FATHOM_ARRAY_COMPLEX_HPP
 
+#include "fathom.h"
 #include "frame/elementary.hpp"
 #include "frame/multiversion.hpp"
 
+// In the namespace of ComplexNum, so that they are found wherever one is at hand.
+FATHOM_INLINE ComplexNum operator+(ComplexNum a, ComplexNum b) {
+  return {a.real + b.real, a.imaginary + b.imaginary};
+}
+
+FATHOM_INLINE ComplexNum operator-(ComplexNum a, ComplexNum b) {
+  return {a.real - b.real, a.imaginary - b.imaginary};
+}
+
+FATHOM_INLINE ComplexNum operator-(ComplexNum a) {
+  return {-a.real, -a.imaginary};
+}
+
+FATHOM_INLINE ComplexNum operator*(ComplexNum a, ComplexNum b) {
+  return {a.real * b.real - a.imaginary * b.imaginary, a.real * b.imaginary + a.imaginary * b.real};
+}
+
 namespace fathom {
 
-struct Complex {
-  double re;
-  double im;
-};
+using Complex = ComplexNum;
 
 struct Polar {
   double magnitude;
@@ -23,31 +38,20 @@ FATHOM_INLINE bool isNonzero(double x) {
   return fabs(x) > 0.0;
 }
 
-FATHOM_INLINE Complex operator+(Complex a, Complex b) {
-  return {a.re + b.re, a.im + b.im};
-}
-
-FATHOM_INLINE Complex operator-(Complex a, Complex b) {
-  return {a.re - b.re, a.im - b.im};
-}
-
-FATHOM_INLINE Complex operator*(Complex a, Complex b) {
-  return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
-}
-
 FATHOM_INLINE double squaredModulus(Complex a) {
-  return a.re * a.re + a.im * a.im;
+  return a.real * a.real + a.imaginary * a.imaginary;
 }
 
 // a / b, where m is the squared modulus of b. Nothing is scaled: m may underflow or overflow.
 FATHOM_INLINE Complex quotient(Complex a, Complex b, double m) {
-  return {(a.re * b.re + a.im * b.im) / m, (a.im * b.re - a.re * b.im) / m};
+  return {(a.real * b.real + a.imaginary * b.imaginary) / m,
+          (a.imaginary * b.real - a.real * b.imaginary) / m};
 }
 
 // Both are 0 where each part is zero or NaN.
 inline Polar polar(Complex a) {
-  if (!isNonzero(a.re) && !isNonzero(a.im)) return {0.0, 0.0};
-  return {sqrt(squaredModulus(a)), atan2(a.im, a.re)};
+  if (!isNonzero(a.real) && !isNonzero(a.imaginary)) return {0.0, 0.0};
+  return {sqrt(squaredModulus(a)), atan2(a.imaginary, a.real)};
 }
 
 inline Complex rectangular(Polar p) {

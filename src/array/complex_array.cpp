@@ -24,8 +24,8 @@ struct Result {
   double* re;
   double* im;
   FATHOM_INLINE void set(std::size_t i, Complex z) const {
-    re[i] = z.re;
-    im[i] = z.im;
+    re[i] = z.real;
+    im[i] = z.imaginary;
   }
 };
 
@@ -144,8 +144,8 @@ AnalysisStatus ToRect1D(const double* magnitude, const double* phase, int32_t n,
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   for (int32_t i = 0; i < n; ++i) {
     const Complex z = fathom::rectangular({magnitude[i], phase[i]});
-    re[i] = z.re;
-    im[i] = z.im;
+    re[i] = z.real;
+    im[i] = z.imaginary;
   }
   return FATHOM_OK;
 }

@@ -14,8 +14,8 @@ using fathom::squaredModulus;
 constexpr double kLog10OfE = 0.434294481903252;  // to these digits, not to the last bit
 
 AnalysisStatus give(Complex z, double* re, double* im) {
-  *re = z.re;
-  *im = z.im;
+  *re = z.real;
+  *im = z.imaginary;
   return FATHOM_OK;
 }
 

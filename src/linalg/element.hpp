@@ -1,0 +1,88 @@
+// What the elements of real and complex matrices have in common, so that one template serves both.
+// The operators of ComplexNum are those of array/complex.hpp.
+#ifndef FATHOM_LINALG_ELEMENT_HPP
+#define FATHOM_LINALG_ELEMENT_HPP
+
+#include <cstddef>
+#include <type_traits>
+
+#include "array/complex.hpp"
+#include "fathom.h"
+#include "frame/elementary.hpp"
+#include "frame/multiversion.hpp"
+
+namespace fathom {
+
+template <typename Element>
+inline constexpr bool kIsComplex = std::is_same_v<Element, ComplexNum>;
+static_assert(sizeof(ComplexNum) == 2 * sizeof(double));
+
+// The element of a real value; Element{} is zero.
+template <typename Element>
+constexpr Element element(double real) {
+  if constexpr (kIsComplex<Element>) {
+    return {real, 0.0};
+  } else {
+    return real;
+  }
+}
+
+FATHOM_INLINE double conjugate(double a) {
+  return a;
+}
+FATHOM_INLINE ComplexNum conjugate(ComplexNum a) {
+  return {a.real, -a.imaginary};
+}
+
+FATHOM_INLINE double realPart(double a) {
+  return a;
+}
+FATHOM_INLINE double realPart(ComplexNum a) {
+  return a.real;
+}
+
+// squaredModulus of a complex element is in array/complex.hpp.
+FATHOM_INLINE double squaredModulus(double a) {
+  return a * a;
+}
+
+FATHOM_INLINE double magnitude(double a) {
+  return fabs(a);
+}
+FATHOM_INLINE double magnitude(ComplexNum a) {
+  return sqrt(squaredModulus(a));
+}
+
+FATHOM_INLINE bool isZero(double a) {
+  return a == 0.0;
+}
+FATHOM_INLINE bool isZero(ComplexNum a) {
+  return a.real == 0.0 && a.imaginary == 0.0;
+}
+
+FATHOM_INLINE double divide(double a, double b) {
+  return a / b;
+}
+// R. L. Smith, "Algorithm 116: Complex division", Communications of the ACM, 1962: scaled by the
+// larger part of the divisor, so that no square can overflow.
+FATHOM_INLINE ComplexNum divide(ComplexNum a, ComplexNum b) {
+  if (fabs(b.real) >= fabs(b.imaginary)) {
+    const double ratio = b.imaginary / b.real;
+    const double divisor = b.real + b.imaginary * ratio;
+    return {(a.real + a.imaginary * ratio) / divisor, (a.imaginary - a.real * ratio) / divisor};
+  }
+  const double ratio = b.real / b.imaginary;
+  const double divisor = b.imaginary + b.real * ratio;
+  return {(a.real * ratio + a.imaginary) / divisor, (a.imaginary * ratio - a.real) / divisor};
+}
+
+FATHOM_INLINE double scaled(double a, double factor) {
+  return a * factor;
+}
+FATHOM_INLINE ComplexNum scaled(ComplexNum a, double factor) {
+  return {a.real * factor, a.imaginary * factor};
+}
+
+}  // namespace fathom
+
+#endif
