@@ -2218,7 +2218,7 @@ FATHOM_API AnalysisStatus HarmonicAnalyzer(double* spectrum, int32_t n, int32_t 
  * @param[out] width samples from there to the first that is not above the middle level once the
  *             high level was reached
  * @param[out] riseTime samples from the last one below the low level ahead of the delay, or the
- *             first sample if there is none, to the one, from the delay on, that reaches the high level
+ *             first sample if there is none, to the one at which the high level is reached
  * @param[out] fallTime samples from the last one above the high level within the width, or the one
  *             that reached it if none is above, to the first past the width not above the low level
  * @param[out] slewRate (highReference - lowReference) / riseTime per sample; 1e30 for a rise time
