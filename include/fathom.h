@@ -1237,9 +1237,11 @@ FATHOM_API AnalysisStatus InvXX_Dist(double p, int32_t df, double* x);
  *
  * With C = (sum of y)^2 / n, with T_j the sum and n_j the number of the observations at level j:
  * ssT = sum of y^2 - C, ssA = sum of T_j^2 / n_j - C, ssE = ssT - ssA, msA = ssA / (k - 1),
- * msE = ssE / (n - k), f = msA / msE, and p = 1 - F_Dist(f, k - 1, n - k). All sums are taken in one
- * pass, which costs about twice as many digits as the observations share: subtract what they have
- * in common where that matters. ssA and ssE can come out slightly negative.
+ * msE = ssE / (n - k), f = msA / msE, and p = 1 - F_Dist(f, k - 1, n - k).
+ *
+ * All sums are taken in one pass, which costs about twice as many of the 16 digits as the
+ * observations have in common: subtract what they share where that matters. Of observations that
+ * share half of their digits nothing is left, and sums of squares can come out negative.
  *
  * Source: R. A. Fisher, Statistical Methods for Research Workers, 1925.
  *
@@ -1255,8 +1257,8 @@ FATHOM_API AnalysisStatus InvXX_Dist(double p, int32_t df, double* x);
  * @param[out] msE mean square within levels
  * @param[out] ssT total sum of squares
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_LEVEL_COUNT if k < 2 or k >= n;
- *         FATHOM_ERR_MEMORY if 12 k bytes cannot be allocated; FATHOM_ERR_FACTOR_LEVEL if a level is
- *         below 0 or above k - 1; FATHOM_ERR_EMPTY_LEVEL if a level has no observation
+ *         FATHOM_ERR_MEMORY if a sum for each level cannot be allocated; FATHOM_ERR_FACTOR_LEVEL if
+ *         a level is below 0 or above k - 1; FATHOM_ERR_EMPTY_LEVEL if a level has no observation
  */
 FATHOM_API AnalysisStatus ANOVA1Way(const double* y, const int32_t* level, int32_t n, int32_t k,
                                     double* ssA, double* msA, double* f, double* p, double* ssE,
@@ -1272,11 +1274,11 @@ FATHOM_API AnalysisStatus ANOVA1Way(const double* y, const int32_t* level, int32
  *
  * With C = (sum of y)^2 / n, a factor's sum of squares is that of T^2 / m - C over its levels, each
  * with sum T of m observations; ssCells is the same over the cells, AB has ssCells - ssA - ssB and
- * the error sum of y^2 - C - ssCells. A is tested against AB where B is random and against the error
- * where it is fixed, B likewise, AB against the error. Every significance is 1 - F_Dist(ratio,
- * degrees of the effect, degrees of the error), over AB too. With one observation in each cell the
- * interaction serves as error, and its own row, ratio and significance are 0.
- * Lost digits: as in ANOVA1Way.
+ * the error sum of y^2 - C - ssCells. A is tested against AB where B is random and against the
+ * error where it is fixed, B likewise, AB against the error. A significance is 1 - F_Dist(ratio,
+ * degrees of the effect, degrees of the error), also where the ratio is over AB. With one
+ * observation in each cell the interaction serves as error, and its own row, ratio and significance
+ * are 0. Digits are lost as in ANOVA1Way.
  *
  * Source: H. Scheffe, The Analysis of Variance, 1959, chapters 4 and 8.
  *
@@ -1336,8 +1338,8 @@ FATHOM_API AnalysisStatus ANOVA2Way(const double* y, const int32_t* levelA, cons
  * @return FATHOM_OK; FATHOM_ERR_TOTAL_POINTS if n is not |a| |b| |c| replicates;
  *         FATHOM_ERR_EMPTY_LEVEL if replicates < 2; FATHOM_ERR_LEVEL_COUNT if |a| < 2, |b| < 2 or
  *         |c| < 2; FATHOM_ERR_MEMORY if a sum for each level and cell cannot be allocated;
- *         FATHOM_ERR_FACTOR_LEVEL if a level does not exist; FATHOM_ERR_UNBALANCED if a cell has not
- *         `replicates` observations
+ *         FATHOM_ERR_FACTOR_LEVEL if a level does not exist; FATHOM_ERR_UNBALANCED if a cell has
+ *         not `replicates` observations
  */
 FATHOM_API AnalysisStatus ANOVA3Way(const double* y, const int32_t* levelA, const int32_t* levelB,
                                     const int32_t* levelC, int32_t n, int32_t replicates, int32_t a,
@@ -3069,6 +3071,28 @@ FATHOM_API AnalysisStatus EquiRpl_BSF(double fs, double lowPass, double lowStop,
 /* ---- Cholesky and QR factorisations (src/linalg/cholesky.cpp, qr.cpp) ----------------------- */
 
 /* ---- Singular values (src/linalg/svd.cpp, svd_derived.cpp) ---------------------------------- */
+
+FATHOM_API AnalysisStatus SVD(double* a, int32_t m, int32_t n, double* u, double* s, double* v);
+FATHOM_API AnalysisStatus CxSVD(const ComplexNum* a, int32_t m, int32_t n, ComplexNum* u,
+                                ComplexNum* s, ComplexNum* v);
+FATHOM_API AnalysisStatus SVDS(const double* a, int32_t m, int32_t n, double* s);
+FATHOM_API AnalysisStatus CxSVDS(const ComplexNum* a, int32_t m, int32_t n, ComplexNum* s);
+FATHOM_API AnalysisStatus PseudoInverse(double* a, int32_t m, int32_t n, double tol,
+                                        double* inverse);
+FATHOM_API AnalysisStatus CxPseudoInverse(const ComplexNum* a, int32_t m, int32_t n, double tol,
+                                          ComplexNum* inverse);
+FATHOM_API AnalysisStatus MatrixRank(const double* a, int32_t m, int32_t n, double tol,
+                                     int32_t* rank);
+FATHOM_API AnalysisStatus CxMatrixRank(const ComplexNum* a, int32_t m, int32_t n, double tol,
+                                       int32_t* rank);
+FATHOM_API AnalysisStatus MatrixNorm(const double* a, int32_t m, int32_t n, int32_t type,
+                                     double* norm);
+FATHOM_API AnalysisStatus CxMatrixNorm(const ComplexNum* a, int32_t m, int32_t n, int32_t type,
+                                       double* norm);
+FATHOM_API AnalysisStatus ConditionNumber(const double* a, int32_t m, int32_t n, int32_t type,
+                                          double* cond);
+FATHOM_API AnalysisStatus CxConditionNumber(const ComplexNum* a, int32_t m, int32_t n, int32_t type,
+                                            double* cond);
 
 /* ---- Eigenvalues (src/linalg/eigen_symmetric.cpp, eigen_general.cpp, eigen_complex.cpp) ----- */
 
