@@ -1,5 +1,6 @@
 // Normal, Student t, F and chi-square distributions: lower-tail probabilities by short published
 // approximations, and their inverses, which but for the normal one are bisections of fixed width.
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 
@@ -10,6 +11,7 @@ namespace {
 
 constexpr double kInverseRootTwoPi = 0.3989422;  // to the digits of the approximations
 constexpr double kLargest = std::numeric_limits<double>::max();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 double normal(double x) {
   const double z = fathom::fabs(x);
@@ -18,6 +20,15 @@ double normal(double x) {
                        (0.4361836 + t * (-0.1201676 + t * 0.937298));
   const double p = 1.0 - upper;
   return x < 0.0 ? 1.0 - p : p;
+}
+
+double normalQuantile(double p) {
+  const double tail = p < 0.5 ? p : 1.0 - p;
+  const double t = fathom::sqrt(fathom::log(1.0 / (tail * tail)));
+  const double t2 = t * t;
+  const double quotient = (2.515517 + 0.802853 * t + 0.010328 * t2) /
+                          (1.0 + 1.432788 * t + 0.189269 * t2 + 0.001308 * (t2 * t));
+  return p < 0.5 ? quotient - t : t - quotient;
 }
 
 // ln Gamma(z) by six terms of Lanczos's series.
@@ -45,11 +56,16 @@ class IncompleteBeta {
         logScale_(logGamma(a + b) - logGamma(a) - logGamma(b)),
         crossover_((a + 1.0) / (a + b + 2.0)) {}
 
-  double operator()(double x) const {
-    if (x == 0.0 || x == 1.0) return x;
-    const double scale = fathom::exp(logScale_ + a_ * fathom::log(x) + b_ * fathom::log(1.0 - x));
-    return x < crossover_ ? scale * fraction(a_, b_, x) / a_
-                          : 1.0 - scale * fraction(b_, a_, 1.0 - x) / b_;
+  struct Value {
+    double integral;
+    double density;  // x (1 - x) times it, the factor that the fraction is multiplied by
+  };
+
+  Value operator()(double x) const {
+    if (x == 0.0 || x == 1.0) return {x, 0.0};
+    const double density = fathom::exp(logScale_ + a_ * fathom::log(x) + b_ * fathom::log(1.0 - x));
+    if (x < crossover_) return {density * fraction(a_, b_, x) / a_, density};
+    return {1.0 - density * fraction(b_, a_, 1.0 - x) / b_, density};
   }
 
  private:
@@ -85,14 +101,24 @@ class IncompleteBeta {
   double crossover_;
 };
 
+// A tail's probability, and the size of its derivative by the logarithm of its end.
+struct Tail {
+  double probability;
+  double slope;
+};
+
 // The distributions as functions of one variable; what only the degrees of freedom decide is
 // computed once for all steps of a bisection.
 class StudentT {
  public:
   explicit StudentT(int32_t df) : df_(df), beta_(df_ * 0.5, 0.5) {}
   double operator()(double t) const {
-    const double half = 0.5 * beta_(df_ / (df_ + t * t));
+    const double half = 0.5 * beta_(df_ / (df_ + t * t)).integral;
     return t < 0.0 ? half : 1.0 - half;
+  }
+  Tail upperTail(double t) const {
+    const IncompleteBeta::Value beta = beta_(df_ / (df_ + t * t));
+    return {0.5 * beta.integral, beta.density};
   }
 
  private:
@@ -103,8 +129,10 @@ class StudentT {
 class FisherF {
  public:
   FisherF(int32_t df1, int32_t df2) : df1_(df1), df2_(df2), beta_(df2_ * 0.5, df1_ * 0.5) {}
-  double operator()(double f) const {
-    return f > 0.0 ? 1.0 - beta_(df2_ / (df2_ + df1_ * f)) : 0.0;
+  double operator()(double f) const { return f > 0.0 ? 1.0 - upperTail(f).probability : 0.0; }
+  Tail upperTail(double f) const {
+    const IncompleteBeta::Value beta = beta_(df2_ / (df2_ + df1_ * f));
+    return {beta.integral, beta.density};
   }
 
  private:
@@ -141,8 +169,9 @@ double chiSquareSeries(double sum, double power, double factor, double x, int32_
     factor += 2.0;
     sum += power / product;
     if (product > kLargest) {
-      const bool lastingZero = x <= 1.0 || !overflowsWithin(power, x, steps - k);
-      return lastingZero ? sum : std::numeric_limits<double>::quiet_NaN();
+      const bool finite = power <= kLargest;
+      if (x <= 1.0 || (finite && !overflowsWithin(power, x, steps - k))) return sum;
+      return std::numeric_limits<double>::quiet_NaN();
     }
   }
   return sum;
@@ -160,14 +189,58 @@ double chiSquare(double x, int32_t df) {
   return 1.0 - 2.0 * (kInverseRootTwoPi * e * sum + upper);
 }
 
+// What is certain before a bisection begins: up to `below` the distribution is less than p, and
+// from `above` on it is not.
+struct Known {
+  double below = -kInfinity;
+  double above = kInfinity;
+};
+
 // The lower end of the last bracket. A NaN, of p or of the distribution, moves the upper end.
 template <typename Distribution>
-double bisect(double lo, double hi, double p, const Distribution& distribution) {
+double bisect(double lo, double hi, double p, const Distribution& distribution,
+              const Known& known = {}) {
   while (fathom::fabs(hi - lo) > 1e-4) {
     const double mid = (lo + hi) * 0.5;
-    (distribution(mid) < p ? lo : hi) = mid;
+    const bool certain = mid <= known.below || mid >= known.above;
+    const bool less = certain ? mid <= known.below : distribution(mid) < p;
+    lo = less ? mid : lo;
+    hi = less ? hi : mid;
   }
   return lo;
+}
+
+// Most steps of a bisection are decided by the distribution's values on either side of the
+// quantile. A computed value is within half of kMargin of a function that never falls, if no
+// continued fraction runs out of steps; so a value that differs from p by more than kMargin decides
+// for all points beyond its own. docs/distributions.md has the errors up to kMostDegrees.
+constexpr double kMargin = 1e-6;
+constexpr int32_t kMostDegrees = 10000;
+
+// Those values are taken at the quantile, `sign` times what Newton's method finds from `start` for
+// the logarithms of tail and variable, less and plus a distance that should suffice. A logarithm of
+// a tail bends downwards, which is what brings Newton's method there.
+template <typename Distribution>
+Known bound(const Distribution& distribution, double p, double start, bool upper, double sign) {
+  const double target = p < 0.5 ? p : 1.0 - p;
+  double at = start;
+  double distance = 0.0;
+  for (int32_t step = 0; step < 8; ++step) {
+    const Tail tail = distribution.upperTail(at);
+    const double probability = upper ? tail.probability : 1.0 - tail.probability;
+    const double change = fathom::log(probability / target) * probability / tail.slope;
+    const double square = at * change * change;
+    distance = square + at * (2.0 * kMargin / tail.slope) + 2e-5;
+    at *= fathom::exp(upper ? change : -change);
+    if (square < 5e-5) break;
+  }
+  Known known;
+  for (const double point : {sign * at - distance, sign * at + distance}) {
+    const double value = distribution(point);
+    if (value < p - kMargin) known.below = point;
+    if (value > p + kMargin && point < known.above) known.above = point;
+  }
+  return known;
 }
 
 }  // namespace
@@ -180,12 +253,7 @@ AnalysisStatus N_Dist(double x, double* p) {
 AnalysisStatus InvN_Dist(double p, double* x) {
   if (!(p < 1.0)) return FATHOM_ERR_PROBABILITY;
   if (!(p > 0.0)) return FATHOM_ERR_PROBABILITY;
-  const double tail = p < 0.5 ? p : 1.0 - p;
-  const double t = fathom::sqrt(fathom::log(1.0 / (tail * tail)));
-  const double t2 = t * t;
-  const double quotient = (2.515517 + 0.802853 * t + 0.010328 * t2) /
-                          (1.0 + 1.432788 * t + 0.189269 * t2 + 0.001308 * (t2 * t));
-  *x = p < 0.5 ? quotient - t : t - quotient;
+  *x = normalQuantile(p);
   return FATHOM_OK;
 }
 
@@ -198,7 +266,14 @@ AnalysisStatus T_Dist(double t, int32_t df, double* p) {
 AnalysisStatus InvT_Dist(double p, int32_t df, double* t) {
   if (df < 1) return FATHOM_ERR_DEGREES_OF_FREEDOM;
   if (p >= 1.0 || p <= 0.0) return FATHOM_ERR_PROBABILITY;
-  *t = bisect(-10000.0, 10000.0, p, StudentT(df));
+  const StudentT distribution(df);
+  Known known;
+  if (df <= kMostDegrees) {
+    const double z = std::max(fathom::fabs(normalQuantile(p)), 1e-3);
+    const double start = z + z * (z * z + 1.0) / (4.0 * df);
+    known = bound(distribution, p, start, true, p < 0.5 ? -1.0 : 1.0);
+  }
+  *t = bisect(-10000.0, 10000.0, p, distribution, known);
   return FATHOM_OK;
 }
 
@@ -211,7 +286,14 @@ AnalysisStatus F_Dist(double f, int32_t df1, int32_t df2, double* p) {
 AnalysisStatus InvF_Dist(double p, int32_t df1, int32_t df2, double* f) {
   if (df1 < 1 || df2 < 1) return FATHOM_ERR_DEGREES_OF_FREEDOM;
   if (p >= 1.0 || p <= 0.0) return FATHOM_ERR_PROBABILITY;
-  *f = bisect(1e-6, 10000.0, p, FisherF(df1, df2));
+  const FisherF distribution(df1, df2);
+  Known known;
+  if (df1 <= kMostDegrees && df2 <= kMostDegrees) {
+    const double deviation = fathom::sqrt(2.0 / df1 + 2.0 / df2);  // of ln f, about
+    const double start = fathom::exp(normalQuantile(p) * deviation);
+    known = bound(distribution, p, start, p >= 0.5, 1.0);
+  }
+  *f = bisect(1e-6, 10000.0, p, distribution, known);
   return FATHOM_OK;
 }
 

@@ -1,0 +1,181 @@
+#include <ctime>
+
+#include "support/testing.hpp"
+
+namespace fathom::test {
+namespace {
+
+// A routine as a function of its inputs.
+template <auto kRoutine>
+constexpr auto kValue = [](double x, auto... df) {
+  double result = -7.0;
+  EXPECT_EQ(kRoutine(x, df..., &result), FATHOM_OK);
+  return result;
+};
+constexpr auto normal = kValue<N_Dist>;
+constexpr auto inverseNormal = kValue<InvN_Dist>;
+constexpr auto student = kValue<T_Dist>;
+constexpr auto inverseT = kValue<InvT_Dist>;
+constexpr auto fisher = kValue<F_Dist>;
+constexpr auto inverseF = kValue<InvF_Dist>;
+constexpr auto chiSquare = kValue<XX_Dist>;
+constexpr auto inverseXX = kValue<InvXX_Dist>;
+
+// The sums in full, one term after another.
+double chiSquarePlainly(double x, int32_t df) {
+  const bool odd = df % 2 == 1;
+  const double e = std::exp(-x * 0.5), root = std::sqrt(x), upper = 1 - normal(root);
+  double power = odd ? 1 / root : 1, product = 1, sum = odd ? 0 : 1;
+  for (double factor = odd ? 1 : 2; factor < df; factor += 2) {
+    power *= x;
+    product *= factor;
+    sum += power / product;
+  }
+  if (df == 1) return 1 - 2 * upper;
+  return odd ? 1 - 2 * (0.3989422 * e * sum + upper) : 1 - e * sum;
+}
+
+// Every step of the bisection.
+template <typename Distribution, typename... D>
+double bisectPlainly(double lo, double hi, double p, Distribution distribution, D... df) {
+  while (std::fabs(hi - lo) > 1e-4) {
+    const double mid = (lo + hi) * 0.5;
+    (distribution(mid, df...) < p ? lo : hi) = mid;
+  }
+  return lo;
+}
+
+TEST(Distribution, PublishedQuantilesAndValues) {
+  const struct {
+    double actual, expected, tolerance;
+  } cases[] = {
+      {normal(0), 0.5000001555492, 1e-13},
+      {normal(1.96), 0.9750021, 1.2e-5},
+      {inverseNormal(0.975), 1.960395, 1e-6},
+      {inverseNormal(0.001), -3.0902, 4.5e-4},
+      {inverseNormal(0.5), -1.01e-7, 1e-9},
+      // tables of quantiles
+      {inverseT(0.95, 1), 6.3138, 2e-4},
+      {inverseT(0.005, 5), -4.0321, 2e-4},
+      {inverseT(0.975, 120), 1.9799, 2e-4},
+      {inverseF(0.95, 5, 10), 3.3258, 2e-4},
+      {inverseF(0.99, 1, 8), 11.2586, 2e-4},
+      {inverseF(0.05, 4, 6), 1 / 6.1631, 2e-4},
+      {inverseXX(0.95, 2), 5.9915, 2e-4},
+      {inverseXX(0.05, 10), 3.9403, 2e-4},
+      {inverseXX(0.95, 5), 11.0705, 1e-3},  // odd: with the error of the normal tail
+      {inverseXX(0.95, 100), 124.3421, 2e-4},
+      // the approximations themselves in 60 digits, as ratios of unscaled convergents
+      {student(-1.75, 100), 0.041592844289411, 1e-13},
+      {student(-1.5, 8), 0.08600164597555, 1e-13},
+      {student(-3, 1000), 0.0013833545090832, 1e-14},
+      {student(2.5, 3), 0.95614667649894, 1e-13},
+      {fisher(1, 7, 9), 0.51203183094546, 1e-13},
+      {fisher(0.5, 40, 2000), 0.0036242365731174, 1e-13},
+      {fisher(1, 100000, 100000), 0.50000257107666, 1e-9},  // these two stop at step 100
+      {fisher(1, 1000000, 1000000), 0.51737032316868, 1e-8},
+  };
+  for (const auto& c : cases) EXPECT_NEAR(c.actual, c.expected, c.tolerance) << c.expected;
+  for (double x : {0.01, 0.7, 3.0, 800.0}) {
+    EXPECT_TRUE(SameBits(normal(-x), 1 - normal(x)) &&
+                SameBits(chiSquare(x, 2), 1 - std::exp(-x / 2)));
+  }
+}
+
+TEST(Distribution, EndsOfTheDomain) {
+  const double cases[][2] = {{normal(-kInf), 0},
+                             {normal(kInf), 1},
+                             {normal(kNan), kNan},
+                             {student(-kInf, 3), 0},
+                             {student(1e300, 3), 1},
+                             {student(kNan, 3), kNan},
+                             {fisher(kInf, 3, 4), 1},
+                             {fisher(0, 3, 4), 0},
+                             {fisher(kNan, 3, 4), 0},
+                             {chiSquare(kInf, 2), 1},
+                             {chiSquare(-1, 3), 0},
+                             {chiSquare(kNan, 3), 0},
+                             {chiSquare(kInf, 4), kNan},
+                             {chiSquare(kInf, 5), kNan},
+                             {inverseNormal(7e-155), kNan},
+                             {inverseT(kNan, 3), -1e4},
+                             {inverseF(kNan, 3, 4), 1e-6},
+                             {inverseXX(kNan, 3), 0},
+                             {fisher(-1, 3, 4), 0},
+                             {chiSquare(kDenormal, 2), 0}};
+  for (const auto& c : cases) EXPECT_TRUE(SameBits(c[0], c[1])) << (&c - cases);
+  for (int32_t df : {1, 2, 7, 100, 1000000, INT32_MAX}) EXPECT_EQ(student(0, df), 0.5);
+  // beyond the bracket: its end, or the last point before it
+  EXPECT_TRUE(inverseT(1 - 1e-9, 1) < 1e4 && inverseT(1 - 1e-9, 1) > 1e4 - 1e-4);
+  EXPECT_TRUE(inverseT(1e-9, 1) == -1e4 && inverseF(1e-9, 1, 1) == 1e-6);
+  double r = -7.0;
+  for (double p : {0.0, -1.0, 1.0, 1.5, kInf, -kInf}) {
+    EXPECT_EQ(InvN_Dist(p, &r), FATHOM_ERR_PROBABILITY);
+    EXPECT_EQ(InvT_Dist(p, 0, &r), FATHOM_ERR_DEGREES_OF_FREEDOM);
+    EXPECT_EQ(InvT_Dist(p, 1, &r), FATHOM_ERR_PROBABILITY);
+    EXPECT_EQ(InvF_Dist(p, 1, 0, &r), FATHOM_ERR_DEGREES_OF_FREEDOM);
+    EXPECT_EQ(InvF_Dist(p, 1, 1, &r), FATHOM_ERR_PROBABILITY);
+    EXPECT_EQ(InvXX_Dist(p, 0, &r), FATHOM_ERR_PROBABILITY);
+  }
+  EXPECT_EQ(InvN_Dist(kNan, &r), FATHOM_ERR_PROBABILITY);
+  EXPECT_EQ(r, -7.0);
+}
+
+TEST(Distribution, ChiSquareStopsWhereNoTermChangesTheSum) {
+  std::vector<int32_t> degrees = {100000, 100001, 1000000, 1000001};
+  for (int32_t df = 1; df <= 2000; ++df) degrees.push_back(df);
+  for (int32_t df : degrees) {
+    Values xs = {kDenormal, 1e-300, 1e-100, 1e-3, 0.5,   1 - 0x1p-53, 1,   1 + 0x1p-52, 1 + 1e-6,
+                 1.001,     1.1,    1.5,    2,    7,     30,          100, 256,         260,
+                 1250,      1500,   1e4,    1e9,  1e100, 1.7e308,     kInf};
+    xs.push_back(df);
+    // the last x whose power stays finite, and its neighbours
+    double last = std::exp(709.782712893384 / ((df + 1) / 2));
+    for (int k = 0; k < 4; ++k) last = std::nextafter(last, 0.0);
+    for (int k = 0; k < 8; ++k) xs.push_back(last = std::nextafter(last, kInf));
+    for (double x : xs) {
+      ASSERT_TRUE(SameBits(chiSquare(x, df), chiSquarePlainly(x, df))) << x << ' ' << df;
+    }
+  }
+}
+
+TEST(Distribution, InversesAreTheBisectionsStepForStep) {
+  const int32_t degrees[] = {1, 2, 3, 4, 7, 30, 101, 204, 999, 9999, 10000, 10001, 300000};
+  const Values points = uniform(400, 3);
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    const int32_t df = degrees[i % 13], df2 = degrees[i / 13 % 13];
+    const double u = points[i] * 0.5 + 0.5, tiny = std::exp(-40 * u);
+    // also a value of the distribution at one of the points, which is not less than itself
+    for (double p : {u, tiny, 1 - tiny, 0.5 + 1e-9 * u, std::round(1000 * u) / 1000,
+                     student(625.0 * std::round(1e4 * u) / 0x1p23, df), fisher(u, df, df2)}) {
+      if (!(p > 0 && p < 1)) continue;
+      ASSERT_TRUE(SameBits(inverseT(p, df), bisectPlainly(-1e4, 1e4, p, student, df)))
+          << p << ' ' << df;
+      ASSERT_TRUE(SameBits(inverseF(p, df, df2), bisectPlainly(1e-6, 1e4, p, fisher, df, df2)))
+          << p << ' ' << df << ' ' << df2;
+      ASSERT_TRUE(SameBits(inverseXX(p, df), bisectPlainly(0, 1e4, p, chiSquare, df)));
+    }
+  }
+}
+
+// Summed in full, the largest degrees of freedom would take seconds a value.
+TEST(Distribution, LargestDegreesOfFreedomTakeNoLonger) {
+  const std::clock_t start = std::clock();
+  for (int32_t df : {INT32_MAX - 1, INT32_MAX}) {
+    for (double x : {1e-300, 1e-3, 0.5, 1.0, 1.0 + 1e-7, 1.0 + 1e-6, 1.5, 1e3, 1e9, kInf}) {
+      const double p = chiSquare(x, df);
+      EXPECT_TRUE(x > 1.0 + 5e-7 ? std::isnan(p) : std::fabs(p) < 2e-5) << x;
+      EXPECT_NEAR(student(x, df), normal(x), 2e-5) << x;
+      fisher(x, df, df);
+    }
+    for (double p : {1e-9, 0.1, 0.6, 0.999}) {
+      EXPECT_NEAR(inverseT(p, df), inverseNormal(p), 1e-3) << p;
+      inverseF(p, df, df);
+      EXPECT_LT(inverseXX(p, df), 1.01);
+    }
+  }
+  EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC / 2);
+}
+
+}  // namespace
+}  // namespace fathom::test
