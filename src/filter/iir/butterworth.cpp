@@ -4,15 +4,11 @@
 #include "fathom.h"
 #include "filter/iir/design.hpp"
 #include "filter/iir/forms.hpp"
+#include "filter/iir/sections.hpp"
 #include "frame/elementary.hpp"
 
 namespace fathom {
 namespace {
-
-Section lowpassFirst(double O) {
-  const double g = O / (1.0 + O);
-  return sectionOf(Numerator::kSum, {g, g}, {-(1.0 - O) / (1.0 + O)});
-}
 
 Section lowpassPair(double O, double c) {
   const double K = c * (2.0 * O), D = (1.0 + O * O) - K;
@@ -21,40 +17,14 @@ Section lowpassPair(double O, double c) {
                    {-(2.0 - 2.0 * O * O) / D, (1.0 + O * O + K) / D});
 }
 
-Section highpassFirst(double O) {
-  const double g = 1.0 / (1.0 + O);
-  return sectionOf(Numerator::kDifference, {g, -g}, {-(1.0 - O) * g});
-}
-
 Section highpassPair(double O, double c) {
   const double K = c * (2.0 * O), g = 1.0 / ((1.0 + O * O) - K);
   return sectionOf(Numerator::kDifference, {g, -2.0 * g, g},
                    {-(2.0 - 2.0 * O * O) * g, (1.0 + O * O + K) * g});
 }
 
-Section bandpassFirst(double P, double B) {
-  const double S = 1.0 + P, D = S + B;
-  return sectionOf(Numerator::kBandpass, {B / D, 0.0, -B / D}, {(1.0 - P) * -2.0 / D, (S - B) / D});
-}
-
-Section bandstopFirst(double P, double B) {
-  const double S = 1.0 + P, D = S + B;
-  const double b0 = S / D, b1 = (1.0 - P) * -2.0 / D;
-  return sectionOf(Numerator::kNotch, {b0, b1, b0}, {b1, (S - B) / D});
-}
-
-Section bandPair(std::int32_t type, double P, double B, double c) {
-  const double K = c * (-2.0 * B), KP = P * K, Q = 2.0 * P + B * B;
-  const double D = 1.0 + K + Q + KP + P * P, M = (K - KP) * 2.0;
-  const double a1 = (-4.0 - M + 4.0 * P * P) / D, a2 = (6.0 - 2.0 * Q + 6.0 * P * P) / D;
-  const double a3 = (M - 4.0 + 4.0 * P * P) / D, a4 = (1.0 - K + Q - KP + P * P) / D;
-  if (type == FATHOM_BANDPASS) {
-    const double b0 = B * B / D;
-    return sectionOf(Numerator::kBandpass, {b0, 0.0, -2.0 * b0, 0.0, b0}, {a1, a2, a3, a4});
-  }
-  const double b0 = (1.0 + 2.0 * P + P * P) / D, b1 = (1.0 - P * P) * -4.0 / D;
-  const double b2 = (6.0 - 2.0 * (2.0 * P) + 6.0 * P * P) / D;
-  return sectionOf(Numerator::kGeneral, {b0, b1, b2, b1, b0}, {a1, a2, a3, a4});
+BandPoles polesOf(double P, double B, double c) {
+  return bandPoles(P, c * (-2.0 * B), 2.0 * P + B * B);
 }
 
 class Butterworth {
@@ -72,9 +42,11 @@ class Butterworth {
       case FATHOM_HIGHPASS:
         return first ? highpassFirst(edge_.O) : highpassPair(edge_.O, c);
       case FATHOM_BANDPASS:
-        return first ? bandpassFirst(band_.P, band_.B) : bandPair(type_, band_.P, band_.B, c);
+        return first ? bandpassFirst(band_.P, band_.B)
+                     : bandpassPair(band_.B * band_.B, polesOf(band_.P, band_.B, c));
       default:
-        return first ? bandstopFirst(band_.P, band_.B) : bandPair(type_, band_.P, band_.B, c);
+        return first ? bandstopFirst(band_.P, band_.B)
+                     : bandstopPair(band_.P, polesOf(band_.P, band_.B, c));
     }
   }
 
