@@ -147,6 +147,11 @@ TEST(Library, ReturnsForAnyData) {
             slots[i].real = h;
             run(slots, "scalar " + std::to_string(i));
           }
+        } else if (r.arguments[i].role == Role::kLevels) {
+          for (std::int32_t h : {-1, r.arguments[i].limit, INT32_MIN, INT32_MAX}) {
+            slots[i].integers[Slot::kGuard + 2] = h;
+            run(slots, "level " + std::to_string(h));
+          }
         } else if (r.arguments[i].role == Role::kChoice) {
           for (std::int32_t h : {0, 1, -1, 2, 7, 8, 63, 64, INT32_MIN, INT32_MIN + 1, INT32_MAX}) {
             slots[i].integer = h;

@@ -16,6 +16,9 @@ constexpr Argument in() {
 constexpr Argument inOut() {
   return {Role::kInOut};
 }
+constexpr Argument levels(std::int32_t number, double repeated = 1) {
+  return {Role::kLevels, repeated, number};
+}
 constexpr Argument text() {
   return {Role::kText};
 }
@@ -43,6 +46,10 @@ constexpr Argument side() {
 }
 constexpr Argument fixedCount(std::int32_t v, AnalysisStatus negative = FATHOM_ERR_NO_SAMPLES) {
   return {Role::kCount, static_cast<double>(v), INT32_MAX, negative, negative};
+}
+// A side of which zero is too few, but only a negative one no count.
+constexpr Argument categories() {
+  return {Role::kCount, 0.0, 48, FATHOM_ERR_NO_SAMPLES, FATHOM_ERR_CATEGORIES};
 }
 
 template <typename... P, std::size_t... i>
@@ -273,6 +280,15 @@ const std::vector<Routine>& routines() {
                  fixedCount(8, FATHOM_ERR_DEGREES_OF_FREEDOM), out()),
       ELEMENTARY(XX_Dist, real(0.7), fixedCount(5, FATHOM_ERR_DEGREES_OF_FREEDOM), out()),
       ELEMENTARY(InvXX_Dist, real(0.7), fixedCount(5, FATHOM_ERR_DEGREES_OF_FREEDOM), out()),
+      // stats/anova, stats/contingency: a design of one factor at every size; cells of 2 and of 3
+      ELEMENTARY(ANOVA1Way, in(), levels(3), count(), choice(3), out(), out(), out(), out(), out(),
+                 out(), out()),
+      ELEMENTARY(ANOVA2Way, in(), levels(4), levels(3, 4), fixedCount(24, FATHOM_ERR_TOTAL_POINTS),
+                 choice(2), choice(4), choice(-3), out(), out(), out(), out()),
+      ELEMENTARY(ANOVA3Way, in(), levels(4), levels(3, 4), levels(2, 12),
+                 fixedCount(72, FATHOM_ERR_TOTAL_POINTS), choice(3), choice(4), choice(-3),
+                 choice(-2), out(), out(), out(), out(), out(), out(), out(), out()),
+      ELEMENTARY(Contingency_Table, categories(), categories(), levels(7), out(), out()),
       // generate/waveform
       ELEMENTARY(SineWave, count(), real(1.5), real(0.013), inOut(), out()),
       ROUTINE(SquareWave, count(), real(1.5), real(0.013), inOut(), real(30), out()),
@@ -379,6 +395,9 @@ Slots prepare(const Routine& r, std::int32_t size, std::uint64_t seed) {
     s.reals.assign(capacity + 2 * Slot::kGuard, Slot::kFill);
     s.integers.assign(capacity + 2 * Slot::kGuard, Slot::kIntegerFill);
     if (a.role == Role::kOutput) continue;
+    for (std::size_t j = 0; a.role == Role::kLevels && j < capacity; ++j) {
+      s.integers[Slot::kGuard + j] = static_cast<std::int32_t>(j) / s.integer % a.limit;
+    }
     if (a.role == Role::kText) std::memcpy(s.integers.data() + Slot::kGuard, "V", 2);
     const std::vector<double> data = uniform(capacity, seed + 1000 * i);
     std::copy(data.begin(), data.end(), s.reals.begin() + Slot::kGuard);

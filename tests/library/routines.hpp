@@ -19,6 +19,7 @@ namespace fathom::test {
 enum class Role {
   kInput,   // array that is read
   kInOut,   // array, or variable, that is read and written
+  kLevels,  // array of integers that is read: 0 to limit - 1, each `value` times, over and over
   kText,    // buffer of text that is read and written
   kOutput,  // array, or variable, that is written
   kCount,   // element count: takes the size of the run, or a fixed one; checked from below
@@ -52,7 +53,8 @@ struct Slot {
       return real;
     } else if constexpr (std::is_same_v<P, std::int32_t>) {
       return integer;
-    } else if constexpr (std::is_same_v<P, std::int32_t*>) {
+    } else if constexpr (std::is_same_v<P, std::int32_t*> ||
+                         std::is_same_v<P, const std::int32_t*>) {
       return integers.data() + kGuard;
     } else if constexpr (std::is_same_v<P, char*>) {
       return reinterpret_cast<char*>(integers.data() + kGuard);
