@@ -117,6 +117,14 @@ enum FathomWindow {
   FATHOM_WINDOW_SEVEN_TERM_BLACKMAN_HARRIS = 8
 };
 
+/** Norm of MatrixNorm and ConditionNumber. */
+enum FathomNorm {
+  FATHOM_NORM_2 = 0,         /**< largest singular value */
+  FATHOM_NORM_1 = 1,         /**< largest sum of magnitudes over a column */
+  FATHOM_NORM_FROBENIUS = 2, /**< root of the sum of squares of all elements */
+  FATHOM_NORM_INFINITY = 3   /**< largest sum of magnitudes over a row */
+};
+
 /** What SpectrumUnitConversion is given. Any other value is FATHOM_SPECTRUM_AMPLITUDE. */
 enum FathomSpectrumKind {
   FATHOM_SPECTRUM_POWER = 0,     /**< mean squares, as from AutoPowerSpectrum */
@@ -147,7 +155,7 @@ enum FathomBand {
   FATHOM_BANDSTOP = 3
 };
 
-/** Designs of Equi_Ripple. Any other value is FATHOM_FIR_HILBERT without its demands on the edges. */
+/** Designs of Equi_Ripple. Any other value: FATHOM_FIR_HILBERT without its demands on the edges. */
 enum FathomFirDesign {
   FATHOM_FIR_MULTIBAND = 1,      /**< symmetric coefficients */
   FATHOM_FIR_DIFFERENTIATOR = 2, /**< antisymmetric; desired values are multiplied by frequency */
@@ -2832,9 +2840,10 @@ FATHOM_API AnalysisStatus InvCh_BSF(const double* x, int32_t n, double fs, doubl
  * filters) even orders have -ripple dB and odd ones 0 dB. An order of 1 has no zeros to place, and
  * attenuation does not matter.
  *
- * The levels hold to 1e-9 dB for orders to 12, ripples of 0.01 to 3 dB and attenuations of 20 to
- * 120 dB, but for what the rounding of the coefficients to double precision itself does to filters
- * whose edges lie close together or close to 0 or fs / 2.
+ * For orders to 12, ripples of 0.01 to 3 dB and attenuations of 20 to 120 dB the levels hold to
+ * 1e-9 dB and what rounding the coefficients to double precision does. That can be more where the
+ * edges lie close together, or close to 0 or fs / 2, and where an order is low for its attenuation:
+ * up to 0.01 dB with edges from 0.001 to 0.49 fs.
  *
  * Bilinear transform, band filters and state are as with Bw_CascadeCoef.
  *
@@ -3033,32 +3042,300 @@ FATHOM_API AnalysisStatus Bessel_Coef(int32_t type, int32_t order, double fs, do
 
 /* ---- FIR filters: windowed designs (src/filter/fir/windowed.cpp) ---------------------------- */
 
+/**
+ * Coefficients of a linear-phase FIR filter by cutting off the ideal response.
+ *
+ * With w = 2 pi f / fs for an edge f and M = (n - 1) / 2, h[k] = h[n-1-k] is, around the centre,
+ * sin(w (k - M)) / (pi (k - M)) for lowpass, its negative for highpass; the difference of the two
+ * edges' values, upper less lower, for bandpass, its negative for bandstop. The centre of an odd n
+ * is w / pi for lowpass, (w2 - w1) / pi for bandpass, and 1 less that for highpass and bandstop.
+ * The angles grow by repeated addition.
+ *
+ * L. R. Rabiner and B. Gold, Theory and Application of Digital Signal Processing, 1975.
+ *
+ * @param[in] type a FathomBand
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low the cutoff, or the lower one of two, in units of fs: above 0, at most fs / 2
+ * @param[in] high the upper cutoff, above low, at most fs / 2; not used for lowpass and highpass
+ * @param[in] n number of coefficients, at least 1; odd for highpass and bandstop
+ * @param[out] h n coefficients
+ * @return FATHOM_OK; FATHOM_ERR_SELECTION if type is not a FathomBand; FATHOM_ERR_ORDER if n < 1;
+ *         FATHOM_ERR_NYQUIST if a cutoff is above fs / 2; FATHOM_ERR_BAND if fs or a cutoff is not
+ *         above 0, or low is not below high; FATHOM_ERR_ODD_COEFFICIENTS if n is even for highpass
+ * or bandstop
+ */
 FATHOM_API AnalysisStatus FIR_Coef(int32_t type, double fs, double low, double high, int32_t n,
                                    double* h);
+
+/**
+ * Coefficients of a linear-phase FIR lowpass filter by a window.
+ *
+ * Those of FIR_Coef, times the window of n - 1 points closed by a last one that equals its first,
+ * so that it is symmetric about the centre. For n = 1 there is no window of n - 1 points: the
+ * coefficient is written, and the window's status returned. FATHOM_FIR_RECTANGULAR leaves the
+ * coefficients as they are.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] cutoff in units of fs, above 0, at most fs / 2
+ * @param[in] n number of coefficients, at least 1
+ * @param[out] h n coefficients
+ * @param[in] window a FathomFirWindow
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if n < 1; FATHOM_ERR_NYQUIST if cutoff is above fs / 2;
+ *         FATHOM_ERR_BAND if fs or cutoff is not above 0; FATHOM_ERR_MEMORY; FATHOM_ERR_NO_SAMPLES
+ *         if n = 1 and there is a window
+ */
 FATHOM_API AnalysisStatus Wind_LPF(double fs, double cutoff, int32_t n, double* h, int32_t window);
+
+/**
+ * Coefficients of a linear-phase FIR highpass filter by a window.
+ *
+ * As Wind_LPF, for the highpass response of FIR_Coef.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] cutoff in units of fs, above 0, at most fs / 2
+ * @param[in] n number of coefficients, odd, at least 1
+ * @param[out] h n coefficients
+ * @param[in] window a FathomFirWindow
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if n < 1; FATHOM_ERR_NYQUIST if cutoff is above fs / 2;
+ *         FATHOM_ERR_BAND if fs or cutoff is not above 0; FATHOM_ERR_ODD_COEFFICIENTS if n is even;
+ *         FATHOM_ERR_MEMORY; FATHOM_ERR_NO_SAMPLES if n = 1 and there is a window
+ */
 FATHOM_API AnalysisStatus Wind_HPF(double fs, double cutoff, int32_t n, double* h, int32_t window);
+
+/**
+ * Coefficients of a linear-phase FIR bandpass filter by a window.
+ *
+ * As Wind_LPF, for the bandpass response of FIR_Coef.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low lower cutoff in units of fs, above 0
+ * @param[in] high upper cutoff, above low, at most fs / 2
+ * @param[in] n number of coefficients, at least 1
+ * @param[out] h n coefficients
+ * @param[in] window a FathomFirWindow
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if n < 1; FATHOM_ERR_NYQUIST if a cutoff is above fs / 2;
+ *         FATHOM_ERR_BAND if fs or a cutoff is not above 0, or low is not below high;
+ *         FATHOM_ERR_MEMORY; FATHOM_ERR_NO_SAMPLES if n = 1 and there is a window
+ */
 FATHOM_API AnalysisStatus Wind_BPF(double fs, double low, double high, int32_t n, double* h,
                                    int32_t window);
+
+/**
+ * Coefficients of a linear-phase FIR bandstop filter by a window.
+ *
+ * As Wind_LPF, for the bandstop response of FIR_Coef.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low lower cutoff in units of fs, above 0
+ * @param[in] high upper cutoff, above low, at most fs / 2
+ * @param[in] n number of coefficients, odd, at least 1
+ * @param[out] h n coefficients
+ * @param[in] window a FathomFirWindow
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if n < 1; FATHOM_ERR_NYQUIST if a cutoff is above fs / 2;
+ *         FATHOM_ERR_BAND if fs or a cutoff is not above 0, or low is not below high;
+ *         FATHOM_ERR_ODD_COEFFICIENTS if n is even; FATHOM_ERR_MEMORY; FATHOM_ERR_NO_SAMPLES if n =
+ *         1 and there is a window
+ */
 FATHOM_API AnalysisStatus Wind_BSF(double fs, double low, double high, int32_t n, double* h,
                                    int32_t window);
+
+/**
+ * Coefficients of a linear-phase FIR lowpass filter by the Kaiser window.
+ *
+ * As Wind_LPF, with KsrWin of the given beta.
+ *
+ * J. F. Kaiser, "Nonrecursive digital filter design using the I0-sinh window function", Proc. IEEE
+ * Int. Symp. Circuits and Systems, 1974.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] cutoff in units of fs, above 0, at most fs / 2
+ * @param[in] n number of coefficients, at least 1
+ * @param[out] h n coefficients
+ * @param[in] beta shape of the window; a negative one counts as 4.5
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if n < 1; FATHOM_ERR_NYQUIST if cutoff is above fs / 2;
+ *         FATHOM_ERR_BAND if fs or cutoff is not above 0; FATHOM_ERR_MEMORY; FATHOM_ERR_NO_SAMPLES
+ *         if n = 1
+ */
 FATHOM_API AnalysisStatus Ksr_LPF(double fs, double cutoff, int32_t n, double* h, double beta);
+
+/**
+ * Coefficients of a linear-phase FIR highpass filter by the Kaiser window.
+ *
+ * As Ksr_LPF, for the highpass response of FIR_Coef.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] cutoff in units of fs, above 0, at most fs / 2
+ * @param[in] n number of coefficients, odd, at least 1
+ * @param[out] h n coefficients
+ * @param[in] beta shape of the window; a negative one counts as 4.5
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if n < 1; FATHOM_ERR_NYQUIST if cutoff is above fs / 2;
+ *         FATHOM_ERR_BAND if fs or cutoff is not above 0; FATHOM_ERR_ODD_COEFFICIENTS if n is even;
+ *         FATHOM_ERR_MEMORY; FATHOM_ERR_NO_SAMPLES if n = 1
+ */
 FATHOM_API AnalysisStatus Ksr_HPF(double fs, double cutoff, int32_t n, double* h, double beta);
+
+/**
+ * Coefficients of a linear-phase FIR bandpass filter by the Kaiser window.
+ *
+ * As Ksr_LPF, for the bandpass response of FIR_Coef.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low lower cutoff in units of fs, above 0
+ * @param[in] high upper cutoff, above low, at most fs / 2
+ * @param[in] n number of coefficients, at least 1
+ * @param[out] h n coefficients
+ * @param[in] beta shape of the window; a negative one counts as 4.5
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if n < 1; FATHOM_ERR_NYQUIST if a cutoff is above fs / 2;
+ *         FATHOM_ERR_BAND if fs or a cutoff is not above 0, or low is not below high;
+ *         FATHOM_ERR_MEMORY; FATHOM_ERR_NO_SAMPLES if n = 1
+ */
 FATHOM_API AnalysisStatus Ksr_BPF(double fs, double low, double high, int32_t n, double* h,
                                   double beta);
+
+/**
+ * Coefficients of a linear-phase FIR bandstop filter by the Kaiser window.
+ *
+ * As Ksr_LPF, for the bandstop response of FIR_Coef.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] low lower cutoff in units of fs, above 0
+ * @param[in] high upper cutoff, above low, at most fs / 2
+ * @param[in] n number of coefficients, odd, at least 1
+ * @param[out] h n coefficients
+ * @param[in] beta shape of the window; a negative one counts as 4.5
+ * @return FATHOM_OK; FATHOM_ERR_ORDER if n < 1; FATHOM_ERR_NYQUIST if a cutoff is above fs / 2;
+ *         FATHOM_ERR_BAND if fs or a cutoff is not above 0, or low is not below high;
+ *         FATHOM_ERR_ODD_COEFFICIENTS if n is even; FATHOM_ERR_MEMORY; FATHOM_ERR_NO_SAMPLES if n =
+ *         1
+ */
 FATHOM_API AnalysisStatus Ksr_BSF(double fs, double low, double high, int32_t n, double* h,
                                   double beta);
 
 /* ---- FIR filters: equiripple designs (src/filter/fir/equiripple.cpp) ------------------------ */
 
+/**
+ * Coefficients of the linear-phase FIR filter whose largest weighted error over the given bands is
+ * the least possible: the error W(f) |D(f) - A(f)| reaches that deviation again and again, with
+ * alternating sign.
+ *
+ * A(f) is the real amplitude of the filter. D is the band's desired value, for a differentiator
+ * times f / fs; W is the band's weight, for a differentiator divided by f / fs in bands whose
+ * desired value is at least 0.0001. The exchange works on a grid of 16 frequencies for each term of
+ * the amplitude's cosine series; between these, and most in bands of a few grid points, the error
+ * can be larger. An antisymmetric filter (differentiator, Hilbert transformer) has h[n-1-k] =
+ * -h[k].
+ *
+ * Designs whose deviation is below the rounding of the response are delivered with that rounding
+ * for a ripple. A design whose coefficients, rounded to doubles, would not keep to the deviation is
+ * refused; such are bands that leave a wide region free beside a long filter's bands, where it then
+ * amplifies some thousand times.
+ *
+ * J. H. McClellan, T. W. Parks and L. R. Rabiner, "A computer program for designing optimum FIR
+ * linear phase digital filters", IEEE Trans. Audio Electroacoust., 1973.
+ *
+ * @param[in] bands number of bands, at least 1
+ * @param[in] desired value of each band, at least 0
+ * @param[in] weights of each band, above 0
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] edges lower and upper edge of each band in units of fs, 2 x bands increasing values
+ * from 0 to at most fs / 2
+ * @param[in] type a FathomFirDesign. FATHOM_FIR_MULTIBAND: the first edge is 0, the last at most
+ * 0.001 from fs / 2, and for an even n the last band's desired value is 0.
+ *            FATHOM_FIR_DIFFERENTIATOR: the first edge is 0, the last at least 0.01 from fs / 2 for
+ *            an odd n, at most 0.001 from it for an even n. FATHOM_FIR_HILBERT: the first edge is
+ *            not 0, the last at least 0.001 from fs / 2 for an odd n, at most 0.001 from it for an
+ *            even n
+ * @param[in] n number of coefficients, at least 3, with at most 509 terms of the cosine series:
+ * 1018 for FATHOM_FIR_MULTIBAND, else 1019
+ * @param[out] h n coefficients
+ * @param[out] deviation the largest weighted error, not negative; also that of the last pass of an
+ *             exchange that fails after it began
+ * @return FATHOM_OK; FATHOM_ERR_FILTER_DESIGN if n < 3; FATHOM_ERR_NO_SAMPLES if bands < 1;
+ *         FATHOM_ERR_BAND if fs is not above 0, an edge is below 0, a weight is not above 0 or a
+ *         desired value below 0; FATHOM_ERR_NYQUIST if the last edge is above fs / 2;
+ *         FATHOM_ERR_BAND if the edges do not increase; FATHOM_ERR_FILTER_DESIGN if they are not as
+ *         type demands; FATHOM_ERR_ODD_COEFFICIENTS if n is even where the last band passes;
+ *         FATHOM_ERR_MEMORY, also if n is too large; FATHOM_ERR_FILTER_DESIGN if two extremal
+ *         frequencies fall together, 99 passes do not settle, or the coefficients do not keep to
+ * the deviation
+ */
 FATHOM_API AnalysisStatus Equi_Ripple(int32_t bands, const double* desired, const double* weights,
                                       double fs, const double* edges, int32_t type, int32_t n,
                                       double* h, double* deviation);
+
+/**
+ * Coefficients of the equiripple linear-phase FIR lowpass filter.
+ *
+ * Equi_Ripple with the bands [0, pass] and [stop, fs / 2], desired values 1 and 0, and weights of
+ * 1.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] pass edge of the passband in units of fs, above 0
+ * @param[in] stop edge of the stopband in units of fs, above pass, below fs / 2
+ * @param[in] n number of coefficients, at least 3, at most 1018
+ * @param[out] h n coefficients
+ * @param[out] deviation the largest error, as from Equi_Ripple; written whatever the
+ *             status; 0 where there was no pass
+ * @return FATHOM_OK; else the status of Equi_Ripple
+ */
 FATHOM_API AnalysisStatus EquiRpl_LPF(double fs, double pass, double stop, int32_t n, double* h,
                                       double* deviation);
+
+/**
+ * Coefficients of the equiripple linear-phase FIR highpass filter.
+ *
+ * Equi_Ripple with the bands [0, stop] and [pass, fs / 2], desired values 0 and 1, and weights of
+ * 1.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] stop edge of the stopband in units of fs, above 0
+ * @param[in] pass edge of the passband in units of fs, above stop, below fs / 2
+ * @param[in] n number of coefficients, odd, at least 3, at most 1017
+ * @param[out] h n coefficients
+ * @param[out] deviation the largest error, as from Equi_Ripple; written whatever the
+ *             status, except for an even n; 0 where there was no pass
+ * @return FATHOM_OK; FATHOM_ERR_ODD_COEFFICIENTS if n is even; else the status of Equi_Ripple
+ */
 FATHOM_API AnalysisStatus EquiRpl_HPF(double fs, double stop, double pass, int32_t n, double* h,
                                       double* deviation);
+
+/**
+ * Coefficients of the equiripple linear-phase FIR bandpass filter.
+ *
+ * Equi_Ripple with the bands [0, lowStop], [lowPass, highPass] and [highStop, fs / 2], desired
+ * values 0, 1 and 0, and weights of 1.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] lowStop upper edge of the lower stopband in units of fs, above 0
+ * @param[in] lowPass lower edge of the passband in units of fs, above lowStop
+ * @param[in] highPass upper edge of the passband in units of fs, above lowPass
+ * @param[in] highStop lower edge of the upper stopband in units of fs, above highPass, below fs / 2
+ * @param[in] n number of coefficients, at least 3, at most 1018
+ * @param[out] h n coefficients
+ * @param[out] deviation the largest error, as from Equi_Ripple; written whatever the
+ *             status; 0 where there was no pass
+ * @return FATHOM_OK; else the status of Equi_Ripple
+ */
 FATHOM_API AnalysisStatus EquiRpl_BPF(double fs, double lowStop, double lowPass, double highPass,
                                       double highStop, int32_t n, double* h, double* deviation);
+
+/**
+ * Coefficients of the equiripple linear-phase FIR bandstop filter.
+ *
+ * Equi_Ripple with the bands [0, lowPass], [lowStop, highStop] and [highPass, fs / 2], desired
+ * values 1, 0 and 1, and weights of 1.
+ *
+ * @param[in] fs sampling frequency, above 0
+ * @param[in] lowPass upper edge of the lower passband in units of fs, above 0
+ * @param[in] lowStop lower edge of the stopband in units of fs, above lowPass
+ * @param[in] highStop upper edge of the stopband in units of fs, above lowStop
+ * @param[in] highPass lower edge of the upper passband in units of fs, above highStop, below fs / 2
+ * @param[in] n number of coefficients, odd, at least 3, at most 1017
+ * @param[out] h n coefficients
+ * @param[out] deviation the largest error, as from Equi_Ripple; written whatever the
+ *             status, except for an even n; 0 where there was no pass
+ * @return FATHOM_OK; FATHOM_ERR_ODD_COEFFICIENTS if n is even; else the status of Equi_Ripple
+ */
 FATHOM_API AnalysisStatus EquiRpl_BSF(double fs, double lowPass, double lowStop, double highStop,
                                       double highPass, int32_t n, double* h, double* deviation);
 
@@ -3072,27 +3349,161 @@ FATHOM_API AnalysisStatus EquiRpl_BSF(double fs, double lowPass, double lowStop,
 
 /* ---- Singular values (src/linalg/svd.cpp, svd_derived.cpp) ---------------------------------- */
 
+/**
+ * Singular value decomposition A = U S V^T: orthonormal columns in U and V, singular values s from
+ * the largest down.
+ *
+ * A with fewer rows than columns becomes square by rows of zeros below. The matrix is reduced to a
+ * bidiagonal one by Householder reflections, and that to a diagonal one by implicitly shifted QR,
+ * at most 29 sweeps for each value. An element off the diagonal counts as zero if it adds less than
+ * 1e-16, whatever the matrix, to a bound of the norm. So a matrix of elements near 1e-16 has no
+ * correct values: scale it first. Hypotenuses and the shift are formed without squares that
+ * overflow. Source: G. H. Golub and C. Reinsch, "Singular value decomposition and least squares
+ * solutions", Numerische Mathematik, 1970; scaling and shift as in B. S. Garbow, J. M.
+ * Boyle, J. J. Dongarra and C. B. Moler, "Matrix Eigensystem Routines: EISPACK Guide Extension",
+ * Springer, 1977, and its later editions. In place: `u` may be `a`.
+ *
+ * @param[in,out] a m x n matrix A; if n > m, room for n x n elements, whose rows from m on are set
+ *                to 0
+ * @param[in] m number of rows, at least 1
+ * @param[in] n number of columns, at least 1
+ * @param[out] u U, max(m, n) x n
+ * @param[out] s n singular values
+ * @param[out] v V, n x n
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if m < 1 or n < 1; FATHOM_ERR_MEMORY;
+ *         FATHOM_ERR_ITERATIONS if a value does not converge, as with infinite and NaN elements,
+ *         with `u` and `v` of no use and `s` as it was
+ */
 FATHOM_API AnalysisStatus SVD(double* a, int32_t m, int32_t n, double* u, double* s, double* v);
+
+/**
+ * Singular value decomposition A = U S V^H of a complex matrix, as SVD does it: the reflections
+ * leave a real bidiagonal matrix. The singular values have imaginary parts 0. Source, besides those
+ * of SVD: P. A. Businger and G. H. Golub, "Algorithm 358: Singular value decomposition of a complex
+ * matrix", Communications of the ACM, 1969. In place: `u` may be `a`.
+ *
+ * @param[in] a m x n matrix A; no room for more is needed unless it is `u`
+ * @param[in] m number of rows, at least 1
+ * @param[in] n number of columns, at least 1
+ * @param[out] u U, max(m, n) x n
+ * @param[out] s n singular values
+ * @param[out] v V, n x n
+ * @return as SVD
+ */
 FATHOM_API AnalysisStatus CxSVD(const ComplexNum* a, int32_t m, int32_t n, ComplexNum* u,
                                 ComplexNum* s, ComplexNum* v);
+
+/**
+ * Singular values of a matrix, from the largest down: those of SVD to the last bit, without the
+ * work for U and V. In place: no.
+ *
+ * @param[in] a m x n matrix
+ * @param[in] m number of rows, at least 1
+ * @param[in] n number of columns, at least 1
+ * @param[out] s n singular values; if n > m, the last n - m are those of rows of zeros
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if m < 1 or n < 1; FATHOM_ERR_MEMORY;
+ *         FATHOM_ERR_ITERATIONS if a value does not converge, as with infinite and NaN elements
+ */
 FATHOM_API AnalysisStatus SVDS(const double* a, int32_t m, int32_t n, double* s);
+
+/**
+ * Singular values of a complex matrix, from the largest down, with imaginary parts 0: those of
+ * CxSVD to the last bit. In place: no.
+ *
+ * @param[in] a m x n matrix
+ * @param[in] m number of rows, at least 1
+ * @param[in] n number of columns, at least 1
+ * @param[out] s n singular values; if n > m, the last n - m are those of rows of zeros
+ * @return as SVDS
+ */
 FATHOM_API AnalysisStatus CxSVDS(const ComplexNum* a, int32_t m, int32_t n, ComplexNum* s);
+
+/**
+ * Moore-Penrose pseudo-inverse V S^-1 U^T, in which the reciprocals of singular values that are tol
+ * or less are 0. In place: `inverse` may be `a`.
+ *
+ * @param[in,out] a m x n matrix; if m >= n and `inverse` is another array, U of its singular value
+ *                decomposition afterwards
+ * @param[in] m number of rows, at least 1
+ * @param[in] n number of columns, at least 1
+ * @param[in] tol largest singular value that counts as 0; if negative, 2^-52 min(m, n), which is
+ *            not relative to the matrix
+ * @param[out] inverse n x m matrix
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if m < 1 or n < 1; FATHOM_ERR_MEMORY;
+ *         FATHOM_ERR_ITERATIONS as SVD, with `a` of no use unless it is read only
+ */
 FATHOM_API AnalysisStatus PseudoInverse(double* a, int32_t m, int32_t n, double tol,
                                         double* inverse);
+
+/**
+ * Moore-Penrose pseudo-inverse V S^-1 U^H of a complex matrix, as PseudoInverse forms it, but the
+ * matrix is only read. In place: `inverse` may be `a`.
+ *
+ * @param[in] a m x n matrix
+ * @param[in] m number of rows, at least 1
+ * @param[in] n number of columns, at least 1
+ * @param[in] tol as for PseudoInverse
+ * @param[out] inverse n x m matrix
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if m < 1 or n < 1; FATHOM_ERR_MEMORY;
+ *         FATHOM_ERR_ITERATIONS as CxSVD
+ */
 FATHOM_API AnalysisStatus CxPseudoInverse(const ComplexNum* a, int32_t m, int32_t n, double tol,
                                           ComplexNum* inverse);
+
+/**
+ * Rank of a matrix: the number of its singular values greater than tol.
+ *
+ * @param[in] a m x n matrix
+ * @param[in] m number of rows, at least 1
+ * @param[in] n number of columns, at least 1
+ * @param[in] tol largest singular value that counts as 0; if negative, 2^-52 max(m, n) times the
+ *            largest singular value
+ * @param[out] rank the rank; -1 on failure
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if m < 1 or n < 1; FATHOM_ERR_MEMORY;
+ *         FATHOM_ERR_ITERATIONS as SVDS
+ */
 FATHOM_API AnalysisStatus MatrixRank(const double* a, int32_t m, int32_t n, double tol,
                                      int32_t* rank);
+
+/**
+ * Rank of a complex matrix, as MatrixRank.
+ *
+ * @param[in] a m x n matrix
+ * @param[in] m number of rows, at least 1
+ * @param[in] n number of columns, at least 1
+ * @param[in] tol as for MatrixRank
+ * @param[out] rank the rank; -1 on failure
+ * @return as MatrixRank
+ */
 FATHOM_API AnalysisStatus CxMatrixRank(const ComplexNum* a, int32_t m, int32_t n, double tol,
                                        int32_t* rank);
+
+/**
+ * Norm of a matrix. NaN elements leave the column or row sum that they are in out of account.
+ *
+ * @param[in] a m x n matrix
+ * @param[in] m number of rows, at least 1
+ * @param[in] n number of columns, at least 1
+ * @param[in] type a FathomNorm
+ * @param[out] norm the norm; 0 on failure
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if m < 1 or n < 1; FATHOM_ERR_SELECTION if type is not a
+ *         FathomNorm; for FATHOM_NORM_2 FATHOM_ERR_MEMORY and FATHOM_ERR_ITERATIONS, as SVDS
+ */
 FATHOM_API AnalysisStatus MatrixNorm(const double* a, int32_t m, int32_t n, int32_t type,
                                      double* norm);
+
+/**
+ * Norm of a complex matrix, as MatrixNorm, with magnitudes sqrt(re^2 + im^2).
+ *
+ * @param[in] a m x n matrix
+ * @param[in] m number of rows, at least 1
+ * @param[in] n number of columns, at least 1
+ * @param[in] type a FathomNorm
+ * @param[out] norm the norm, real; 0 on failure
+ * @return as MatrixNorm
+ */
 FATHOM_API AnalysisStatus CxMatrixNorm(const ComplexNum* a, int32_t m, int32_t n, int32_t type,
                                        double* norm);
-FATHOM_API AnalysisStatus ConditionNumber(const double* a, int32_t m, int32_t n, int32_t type,
-                                          double* cond);
-FATHOM_API AnalysisStatus CxConditionNumber(const ComplexNum* a, int32_t m, int32_t n, int32_t type,
-                                            double* cond);
 
 /* ---- Eigenvalues (src/linalg/eigen_symmetric.cpp, eigen_general.cpp, eigen_complex.cpp) ----- */
 
