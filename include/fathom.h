@@ -44,6 +44,7 @@ typedef int32_t AnalysisStatus;
 /** Values of AnalysisStatus. */
 enum FathomStatus {
   FATHOM_OK = 0,
+  FATHOM_WARN_RANK = 20001, /**< the one success that warns: GenLinEqs, CxGenLinEqs */
   FATHOM_ERR_MEMORY = -20001,
   FATHOM_ERR_SAME_SIZE = -20002,
   FATHOM_ERR_NO_SAMPLES = -20003,
@@ -3345,7 +3346,283 @@ FATHOM_API AnalysisStatus EquiRpl_BSF(double fs, double lowPass, double lowStop,
 
 /* ---- LU and linear systems (src/linalg/lu.cpp, solve.cpp) ----------------------------------- */
 
+/** What GenLinEqs, GenInvMatrix, GenDeterminant and their complex forms may take a matrix for. */
+enum FathomMatrixType {
+  FATHOM_MATRIX_GENERAL = 0,
+  FATHOM_MATRIX_POSITIVE_DEFINITE =
+      1, /**< symmetric or Hermitian; only the lower triangle is read */
+  FATHOM_MATRIX_LOWER_TRIANGULAR = 2, /**< only the lower triangle is read */
+  FATHOM_MATRIX_UPPER_TRIANGULAR = 3  /**< only the upper triangle is read */
+};
+
+/**
+ * LU factorisation with partial pivoting, P A = L U: L with a unit diagonal, U upper triangular.
+ *
+ * At step j, row j is exchanged with the row whose element of column j is largest in magnitude, the
+ * first of several, if that is above 1e-12. The threshold does not scale with the matrix. Where
+ * there is no such row, columns 0 to j are reduced and those after them have been through the
+ * exchanges only.
+ *
+ * Source: P. D. Crout, "A short method for evaluating determinants and solving systems of linear
+ * equations with real or complex coefficients", Transactions of the AIEE 60, 1941.
+ *
+ * @param[in,out] a n x n matrix; then U on and above the diagonal, the multipliers of L below it
+ * @param[in] n rows and columns, at least 1
+ * @param[out] pivots n rows: at step j, row j was exchanged with row pivots[j], which is j for none
+ * @param[out] parity 1 after an odd number of exchanges, 0 after an even one
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_SINGULAR if a column has no pivot
+ */
+FATHOM_API AnalysisStatus LU(double* a, int32_t n, int32_t* pivots, int32_t* parity);
+
+/**
+ * Forward substitution: the solution y of L y = P b, with the factor and the exchanges from LU.
+ *
+ * In place: y may be b.
+ *
+ * @param[in] lu n x n factor
+ * @param[in] b n values
+ * @param[in] n rows and columns, at least 1
+ * @param[out] y n values
+ * @param[in] pivots n rows; one that does not exist is not exchanged
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
+FATHOM_API AnalysisStatus ForwSub(const double* lu, const double* b, int32_t n, double* y,
+                                  const int32_t* pivots);
+
+/**
+ * Back substitution: the solution x of U x = y, with the factor from LU; after ForwSub, the
+ * solution of A x = b.
+ *
+ * In place: x may be y.
+ *
+ * @param[in] lu n x n factor
+ * @param[in] y n values
+ * @param[in] n rows and columns, at least 1
+ * @param[out] x n values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_SINGULAR at a 0 in the diagonal of
+ *         U, where x holds the solution below that row, and y from it on up
+ */
+FATHOM_API AnalysisStatus BackSub(const double* lu, const double* y, int32_t n, double* x);
+
+/**
+ * The solution x of A x = b, by LU, ForwSub and BackSub.
+ *
+ * In place: x may be b. If a is singular, x is b.
+ *
+ * @param[in] a n x n matrix
+ * @param[in] b n values
+ * @param[in] n rows and columns, at least 1
+ * @param[out] x n values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_MEMORY; FATHOM_ERR_SINGULAR as from
+ *         LU
+ */
+FATHOM_API AnalysisStatus LinEqs(const double* a, const double* b, int32_t n, double* x);
+
+/**
+ * The inverse of A by LU: column k solves A x = e_k, the k-th unit vector.
+ *
+ * The result must not be a. If a is singular, it is the identity.
+ *
+ * @param[in] a n x n matrix
+ * @param[in] n rows and columns, at least 1
+ * @param[out] inverse n x n matrix
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_MEMORY; FATHOM_ERR_SINGULAR as from
+ *         LU
+ */
+FATHOM_API AnalysisStatus InvMatrix(const double* a, int32_t n, double* inverse);
+
+/**
+ * The determinant of A by LU: the product of the diagonal of U, negated for an odd number of
+ * exchanges; 0 where LU finds a singular.
+ *
+ * @param[in] a n x n matrix
+ * @param[in] n rows and columns, at least 1
+ * @param[out] det determinant
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_MEMORY
+ */
+FATHOM_API AnalysisStatus Determinant(const double* a, int32_t n, double* det);
+
+/**
+ * The solution x of A x = b, by the type of A; of a general matrix, square or not, the
+ * least-squares solution of smallest norm.
+ *
+ * A general matrix is decomposed by SVD. Singular values up to 2^-52 max(m, n) times the largest
+ * count as zero; if there are any, the status is the positive FATHOM_WARN_RANK, and x is written.
+ * A positive definite one is factored as by Cholesky. A triangular one counts as singular if an
+ * element of the diagonal is at most 2^-63 of the triangle's largest in magnitude.
+ *
+ * In place: x may be b. If the call fails, x is left as it was.
+ *
+ * @param[in] a m x n matrix
+ * @param[in] m rows, at least 1
+ * @param[in] n columns, at least 1; for all types but FATHOM_MATRIX_GENERAL, m
+ * @param[in] b m values
+ * @param[in] type a FathomMatrixType
+ * @param[out] x n values
+ * @return FATHOM_OK; FATHOM_WARN_RANK; FATHOM_ERR_NO_SAMPLES if m < 1 or n < 1;
+ *         FATHOM_ERR_SELECTION if type is not a FathomMatrixType; FATHOM_ERR_NOT_SQUARE;
+ *         FATHOM_ERR_MEMORY; FATHOM_ERR_SINGULAR if a is triangular and singular or not positive
+ *         definite; FATHOM_ERR_ITERATIONS as from SVD
+ */
+FATHOM_API AnalysisStatus GenLinEqs(const double* a, int32_t m, int32_t n, const double* b,
+                                    int32_t type, double* x);
+
+/**
+ * The inverse of A, by its type: LU for a general matrix, Cholesky for a positive definite one,
+ * substitution for a triangular one, with the test for singular ones of GenLinEqs.
+ *
+ * In place: inverse may be a. If a general matrix is singular, inverse is what LU leaves; without
+ * memory after LU, the factor.
+ *
+ * @param[in] a n x n matrix
+ * @param[in] n rows and columns, at least 1
+ * @param[in] type a FathomMatrixType
+ * @param[out] inverse n x n matrix; of a triangular one, with zeros in the other triangle
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_SELECTION if type is not a
+ *         FathomMatrixType; FATHOM_ERR_MEMORY; FATHOM_ERR_SINGULAR
+ */
+FATHOM_API AnalysisStatus GenInvMatrix(const double* a, int32_t n, int32_t type, double* inverse);
+
+/**
+ * The determinant of A, by its type: as from Determinant for a general matrix, the square of the
+ * product of the diagonal of the Cholesky factor for a positive definite one, the product of its
+ * own diagonal for a triangular one. 0 for a singular matrix, for one that is not positive
+ * definite, and on failure.
+ *
+ * @param[in] a n x n matrix
+ * @param[in] n rows and columns, at least 1
+ * @param[in] type a FathomMatrixType
+ * @param[out] det determinant
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_SELECTION if type is not a
+ *         FathomMatrixType; FATHOM_ERR_MEMORY
+ */
+FATHOM_API AnalysisStatus GenDeterminant(const double* a, int32_t n, int32_t type, double* det);
+
+/**
+ * LU factorisation of a complex matrix with scaled partial pivoting, P A = L U: L with a unit
+ * diagonal, U upper triangular.
+ *
+ * At step k, row k is exchanged with the row whose element of column k has the largest squared
+ * magnitude relative to the largest of that row of A, the first of several. Where that element is
+ * 0, all products of the earlier steps are subtracted already.
+ *
+ * Source: J. H. Wilkinson, "The Algebraic Eigenvalue Problem", Oxford, 1965, chapter 4.
+ *
+ * @param[in,out] a n x n matrix; then U on and above the diagonal, the multipliers of L below it
+ * @param[in] n rows and columns, at least 1
+ * @param[out] pivots n rows: at step k, row k was exchanged with row pivots[k], which is k for none
+ * @param[out] parity 1 after an odd number of exchanges, 0 after an even one
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_MEMORY; FATHOM_ERR_SINGULAR if a
+ *         row has no element whose squared magnitude is above 0, or if a pivot is 0
+ */
+FATHOM_API AnalysisStatus CxLU(ComplexNum* a, int32_t n, int32_t* pivots, int32_t* parity);
+
+/**
+ * The determinant of a complex A, by its type: as GenDeterminant, with CxLU and CxCholesky.
+ *
+ * @param[in] a n x n matrix
+ * @param[in] n rows and columns, at least 1
+ * @param[in] type a FathomMatrixType
+ * @param[out] det determinant; 0 on failure
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_SELECTION if type is not a
+ *         FathomMatrixType; FATHOM_ERR_MEMORY
+ */
+FATHOM_API AnalysisStatus CxDeterminant(const ComplexNum* a, int32_t n, int32_t type,
+                                        ComplexNum* det);
+
+/**
+ * The solution x of A x = b for a complex A, by its type: as GenLinEqs, with CxSVD and CxCholesky.
+ *
+ * In place: x may be b. If the call fails, x is left as it was.
+ *
+ * @param[in] a m x n matrix
+ * @param[in] m rows, at least 1
+ * @param[in] n columns, at least 1; for all types but FATHOM_MATRIX_GENERAL, m
+ * @param[in] b m values
+ * @param[in] type a FathomMatrixType
+ * @param[out] x n values
+ * @return FATHOM_OK; FATHOM_WARN_RANK; FATHOM_ERR_NO_SAMPLES if m < 1 or n < 1;
+ *         FATHOM_ERR_SELECTION if type is not a FathomMatrixType; FATHOM_ERR_NOT_SQUARE;
+ *         FATHOM_ERR_MEMORY; FATHOM_ERR_SINGULAR if a is triangular and singular or not positive
+ *         definite; FATHOM_ERR_ITERATIONS as from CxSVD
+ */
+FATHOM_API AnalysisStatus CxGenLinEqs(const ComplexNum* a, int32_t m, int32_t n,
+                                      const ComplexNum* b, int32_t type, ComplexNum* x);
+
+/**
+ * The inverse of a complex A, by its type: CxLU for a general and for a positive definite matrix,
+ * of which the whole is read, and substitution for a triangular one.
+ *
+ * In place: inverse may be a. If a general matrix is singular, inverse is what CxLU leaves; if a
+ * triangular one is, inverse is its triangle.
+ *
+ * @param[in] a n x n matrix
+ * @param[in] n rows and columns, at least 1
+ * @param[in] type a FathomMatrixType
+ * @param[out] inverse n x n matrix; of a triangular one, with zeros in the other triangle
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_SELECTION if type is not a
+ *         FathomMatrixType; FATHOM_ERR_MEMORY; FATHOM_ERR_SINGULAR
+ */
+FATHOM_API AnalysisStatus CxGenInvMatrix(const ComplexNum* a, int32_t n, int32_t type,
+                                         ComplexNum* inverse);
+
 /* ---- Cholesky and QR factorisations (src/linalg/cholesky.cpp, qr.cpp) ----------------------- */
+
+/**
+ * Cholesky factorisation A = L L^T of a symmetric positive definite matrix.
+ *
+ * A matrix counts as not positive definite if, at some column, what remains of its diagonal element
+ * is not above 0, or an element of L's diagonal so far is below 2^-31.5 of the largest magnitude in
+ * L so far.
+ *
+ * Source: C. Benoit, "Note sur une methode de resolution des equations normales ... (procede du
+ * commandant Cholesky)", Bulletin geodesique, 1924.
+ *
+ * In place: l may be a.
+ *
+ * @param[in] a n x n matrix; only the lower triangle is read
+ * @param[in] n rows and columns, at least 1
+ * @param[out] l n x n matrix L, lower triangular with zeros above the diagonal
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_MEMORY; FATHOM_ERR_SINGULAR if a is
+ *         not positive definite
+ */
+FATHOM_API AnalysisStatus Cholesky(const double* a, int32_t n, double* l);
+
+/**
+ * Cholesky factorisation A = L L^H of a Hermitian positive definite matrix, with the tests of
+ * Cholesky. The diagonal of L is real; imaginary parts in that of A count as 0.
+ *
+ * In place: l may be a.
+ *
+ * @param[in] a n x n matrix; only the lower triangle is read
+ * @param[in] n rows and columns, at least 1
+ * @param[out] l n x n matrix L, lower triangular with zeros above the diagonal
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_MEMORY; FATHOM_ERR_SINGULAR if a is
+ *         not positive definite
+ */
+FATHOM_API AnalysisStatus CxCholesky(const ComplexNum* a, int32_t n, ComplexNum* l);
+
+/**
+ * Whether A is symmetric, each element within 2^-40 of A's largest magnitude of its mirror image,
+ * and positive definite as Cholesky tests it.
+ *
+ * @param[in] a n x n matrix
+ * @param[in] n rows and columns, at least 1
+ * @param[out] positiveDefinite 1 or 0
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_MEMORY
+ */
+FATHOM_API AnalysisStatus CheckPosDef(const double* a, int32_t n, int32_t* positiveDefinite);
+
+/**
+ * Whether a complex A is Hermitian, each element within 2^-40 of A's largest magnitude of its
+ * mirror image's conjugate, and positive definite as CxCholesky tests it.
+ *
+ * @param[in] a n x n matrix
+ * @param[in] n rows and columns, at least 1
+ * @param[out] positiveDefinite 1 or 0
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_MEMORY
+ */
+FATHOM_API AnalysisStatus CxCheckPosDef(const ComplexNum* a, int32_t n, int32_t* positiveDefinite);
 
 /* ---- Singular values (src/linalg/svd.cpp, svd_derived.cpp) ---------------------------------- */
 
