@@ -5,6 +5,7 @@
 
 #include "fathom.h"
 #include "filter/iir/forms.hpp"
+#include "frame/lanes.hpp"
 #include "frame/workspace.hpp"
 
 namespace fathom {
@@ -24,9 +25,103 @@ void multiplyPolynomial(double* p, std::size_t length, const double* q, int degr
 
 namespace {
 
-// The sum of the older inputs and outputs slides by one place as it is taken, oldest first.
-void filterDirect(const double* x, std::size_t n, const double* a, double* outputs, std::size_t na,
-                  const double* b, double* inputs, std::size_t nb, double* y) {
+// Samples that are filtered at a time; the most sums that a register tile and a register have.
+constexpr std::size_t kTile = 128, kMostSums = 32, kMostLanes = 8;
+
+// The samples of a tile with those before it: `older` in the state, of which the last `kept` stand
+// in `recent` too, in front of the tile's own.
+struct Window {
+  const double* state;
+  std::size_t older;
+  std::size_t kept;
+  double recent[kMostSums + kTile + kMostLanes];
+};
+
+// The sums from `first` on, each over its own samples from the oldest to the newest. What a sum
+// past the tile's end reads is zero.
+template <typename E, int vectors>
+FATHOM_INLINE void sumTile(const Window& w, const double* b, std::size_t first, double* sums) {
+  constexpr std::size_t kLanes = sizeof(E) / sizeof(double), kSums = kLanes * vectors;
+  E sum[vectors] = {};
+  const auto addProducts = [&](double coefficient, const double* samples)
+      __attribute__((always_inline)) {
+    FATHOM_UNROLL
+    for (int v = 0; v < vectors; ++v) {
+      E lanes;
+      fathom::load(lanes, samples + v * kLanes);
+      sum[v] += coefficient * lanes;
+    }
+  };
+  const std::size_t inState = w.older + 1 > first + kSums ? w.older + 1 - first - kSums : 0;
+  for (std::size_t k = 0; k < inState; ++k) addProducts(b[w.older - k], w.state + first + k);
+  for (std::size_t k = inState; k <= w.older; ++k) {
+    addProducts(b[w.older - k], w.recent + (first + k + w.kept - w.older));
+  }
+  for (int v = 0; v < vectors; ++v) fathom::store(sums + first + v * kLanes, sum[v]);
+}
+
+template <std::size_t bytes>
+FATHOM_INLINE void feedForwardOf(const Window& w, const double* b, std::size_t n, double* sums) {
+  using E = fathom::Lanes<bytes>;
+  constexpr std::size_t kLanes = sizeof(E) / sizeof(double);
+  std::size_t first = 0;
+  for (; first + 4 * kLanes <= n; first += 4 * kLanes) sumTile<E, 4>(w, b, first, sums);
+  for (; first < n; first += kLanes) sumTile<E, 1>(w, b, first, sums);
+}
+FATHOM_BY_WIDTH(feedForward, (const Window& w, const double* b, std::size_t n, double* sums),
+                (w, b, n, sums))
+
+// Makes outputs of the feed-forward sums, in place. The state slides by one place as it is taken,
+// the oldest first; the newest output waits in a register.
+void feedBack(const double* a, std::size_t na, double* outputs, std::size_t n, double* y) {
+  double last = na > 1 ? outputs[na - 2] : 0.0;
+  for (std::size_t i = 0; i < n; ++i) {
+    double sum = y[i];
+    for (std::size_t k = 0; k + 3 < na; ++k) {
+      sum -= a[na - 1 - k] * outputs[k];
+      outputs[k] = outputs[k + 1];
+    }
+    if (na > 2) {
+      sum -= a[2] * outputs[na - 3];
+      outputs[na - 3] = last;
+    }
+    if (na > 1) sum -= a[1] * last;
+    last = sum / a[0];
+    y[i] = last;
+  }
+  if (na > 1) outputs[na - 2] = last;
+}
+
+// Moves n samples into a state of the last `older` ones.
+void push(double* state, std::size_t older, const double* samples, std::size_t n) {
+  const std::size_t stay = older > n ? older - n : 0;
+  std::copy(state + (older - stay), state + older, state);
+  std::copy_n(samples + (n - (older - stay)), older - stay, state + stay);
+}
+
+// na is 0 without feedback.
+void filterTiles(const double* x, std::size_t n, const double* a, double* outputs, std::size_t na,
+                 const double* b, double* inputs, std::size_t nb, double* y) {
+  Window w;
+  w.state = inputs;
+  w.older = nb - 1;
+  w.kept = std::min(w.older, kMostSums);
+  double* tile = w.recent + w.kept;
+  double sums[kTile];
+  for (std::size_t done = 0; done < n; done += kTile) {
+    const std::size_t size = std::min(n - done, kTile);
+    std::copy_n(inputs + (w.older - w.kept), w.kept, w.recent);
+    std::copy_n(x + done, size, tile);
+    std::fill_n(tile + size, kMostLanes, 0.0);
+    feedForward(w, b, size, sums);
+    push(inputs, w.older, tile, size);
+    if (na > 0) feedBack(a, na, outputs, size, sums);
+    std::copy_n(sums, size, y + done);
+  }
+}
+
+void filterSamples(const double* x, std::size_t n, const double* a, double* outputs, std::size_t na,
+                   const double* b, double* inputs, std::size_t nb, double* y) {
   for (std::size_t i = 0; i < n; ++i) {
     double sum = 0.0;
     for (std::size_t k = 0; k + 2 < nb; ++k) {
@@ -38,13 +133,7 @@ void filterDirect(const double* x, std::size_t n, const double* a, double* outpu
       inputs[nb - 2] = x[i];
     }
     sum += b[0] * x[i];
-    for (std::size_t k = 0; k + 2 < na; ++k) {
-      sum -= a[na - 1 - k] * outputs[k];
-      outputs[k] = outputs[k + 1];
-    }
-    if (na > 1) sum -= a[1] * outputs[na - 2];
-    if (na > 0) sum /= a[0];
-    if (na > 1) outputs[na - 2] = sum;
+    if (na > 0) feedBack(a, na, outputs, 1, &sum);
     y[i] = sum;
   }
 }
@@ -55,9 +144,12 @@ AnalysisStatus IIRFiltering(const double* x, int32_t n, const double* a, double*
                             int32_t na, const double* b, double* inputs, int32_t nb, double* y) {
   const bool recursive = na >= 1 && a != nullptr && outputs != nullptr;
   if (nb < 1 || n < 1) return FATHOM_ERR_NO_SAMPLES;
-  filterDirect(x, static_cast<std::size_t>(n), a, outputs,
-               recursive ? static_cast<std::size_t>(na) : 0, b, inputs,
-               static_cast<std::size_t>(nb), y);
+  const auto count = static_cast<std::size_t>(n);
+  const auto forward = static_cast<std::size_t>(nb);
+  // Tiles take their time to set up.
+  const bool tiled = count >= 12 && static_cast<std::uint64_t>(count) * forward >= 256;
+  (tiled ? filterTiles : filterSamples)(
+      x, count, a, outputs, recursive ? static_cast<std::size_t>(na) : 0, b, inputs, forward, y);
   return FATHOM_OK;
 }
 

@@ -27,8 +27,9 @@ void storeSection(IIRFilter& record, std::int32_t s, const Section& section);
 // Multiplies the `length` coefficients of p by the section's polynomial q; `copy` is as long.
 void multiplyPolynomial(double* p, std::size_t length, const double* q, int degree, double* copy);
 
-// Runs the samples through the sections in place, one after another, each from zero state.
-void runSections(const Section* sections, int count, double* y, std::size_t n);
+// Runs the samples through the sections, one after another, each from zero state. y may be x.
+void runSections(const Section* sections, std::size_t count, const double* x, std::size_t n,
+                 double* y);
 
 inline bool isBand(std::int32_t type) {
   return type >= FATHOM_LOWPASS && type <= FATHOM_BANDSTOP;
@@ -80,15 +81,16 @@ AnalysisStatus filterOnce(const Design& d, std::initializer_list<Check> checks, 
                           std::int32_t n, double* y) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   if (const AnalysisStatus status = firstFailure(d, checks); status != FATHOM_OK) return status;
-  const auto count = static_cast<std::size_t>(n);
-  if (y != x) std::copy_n(x, count, y);
   Family family(d);
   constexpr std::int32_t kBatch = 8;
-  Section batch[kBatch];
+  Section batch[kBatch + 1];
   for (std::int32_t done = 0; done < d.sections();) {
-    const std::int32_t size = std::min(kBatch, d.sections() - done);
+    // An odd order's first section is one more: it runs beside the others.
+    const std::int32_t room = done == 0 && d.odd() ? kBatch + 1 : kBatch;
+    const std::int32_t size = std::min(room, d.sections() - done);
     for (std::int32_t s = 0; s < size; ++s) batch[s] = family.next();
-    runSections(batch, size, y, count);
+    runSections(batch, static_cast<std::size_t>(size), x, static_cast<std::size_t>(n), y);
+    x = y;
     done += size;
   }
   return FATHOM_OK;
