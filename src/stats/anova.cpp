@@ -143,11 +143,11 @@ AnalysisStatus sumsOfSquares(const double* y, int32_t n, const Factor (&factor)[
   for (int row = 0; row < kRows; ++row) {
     const int effect = kEffects<factors>[row];
     const std::size_t size = cellsOf(factor, effect);
-    const auto inEach = static_cast<double>(static_cast<std::size_t>(n) / size);
+    const std::size_t inEach = static_cast<std::size_t>(n) / size;
     double squares = 0.0;
     for (std::size_t cell = 0; cell < size; ++cell) {
       const double sum = sums.effect[row][cell];
-      squares += sum * sum / inEach;
+      squares += sum * sum / static_cast<double>(inEach);
     }
     ss[row] = squares - correction;
     if (row == kRows - 1) ss[kRows] = sums.squares - correction - ss[row];

@@ -64,15 +64,15 @@ AnalysisStatus Contingency_Table(int32_t r, int32_t c, const int32_t* counts, do
   if (r < 0 || c < 0) return FATHOM_ERR_NO_SAMPLES;
   const auto rows = static_cast<std::size_t>(r);
   const auto columns = static_cast<std::size_t>(c);
-  const bool fits = columns == 0 || rows <= SIZE_MAX / columns;
-  fathom::Workspace<double> columnSum(columns);
-  if (!columnSum) return FATHOM_ERR_MEMORY;
-  fathom::Workspace<double> rowSum(rows);
-  if (!rowSum) return FATHOM_ERR_MEMORY;
   // Room for the whole table, so that one too large to be there is refused before it is read. Its
   // first cells serve every tile, and stay in the cache.
+  const bool fits = columns == 0 || rows <= SIZE_MAX / columns;
   fathom::Workspace<double> deviation(fits ? rows * columns : SIZE_MAX);
   if (!deviation) return FATHOM_ERR_MEMORY;
+  fathom::Workspace<double> rowSum(rows);
+  if (!rowSum) return FATHOM_ERR_MEMORY;
+  fathom::Workspace<double> columnSum(columns);
+  if (!columnSum) return FATHOM_ERR_MEMORY;
   if (r < 2 || c < 2) return FATHOM_ERR_CATEGORIES;
 
   std::fill_n(columnSum.data(), columns, 0.0);
