@@ -7,8 +7,11 @@
 
 namespace fathom {
 
+// Where it cannot be expressed, SIZE_MAX, which no Workspace grants.
 inline std::size_t matrixSize(std::int32_t rows, std::int32_t columns) {
-  return static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns);
+  const std::uint64_t size =
+      std::uint64_t{static_cast<std::uint32_t>(rows)} * static_cast<std::uint32_t>(columns);
+  return size <= SIZE_MAX ? static_cast<std::size_t>(size) : SIZE_MAX;
 }
 
 }  // namespace fathom

@@ -66,6 +66,14 @@ TEST(Library, NeedsTheCLibraryAndItsMathematicsOnly) {
   EXPECT_GT(needed, 0);
 }
 
+// Nothing was written but variables that are set before any check.
+bool untouched(const Routine& r, const Slots& slots, const Slots& before) {
+  for (std::size_t i = 0; i < slots.size(); ++i) {
+    if (r.arguments[i].role != Role::kReset && !(slots[i] == before[i])) return false;
+  }
+  return true;
+}
+
 // Bad counts: the stated status, and nothing written.
 TEST(Library, RefusesCountsThatAreTooSmall) {
   for (const Routine& r : routines()) {
@@ -79,7 +87,7 @@ TEST(Library, RefusesCountsThatAreTooSmall) {
         const AnalysisStatus expected = value == 0 ? a.zero : a.negative;
         EXPECT_EQ(r.call(slots), expected) << r.name << " argument " << i << " = " << value;
         if (expected != FATHOM_OK) {
-          EXPECT_TRUE(slots == before) << r.name << " wrote, argument " << i << " = " << value;
+          EXPECT_TRUE(untouched(r, slots, before)) << r.name << " wrote, argument " << i << " = " << value;
         }
       }
     }
@@ -106,7 +114,7 @@ TEST(Library, SurvivesEveryFailedAllocation) {
             index < r.failedRequests.size() ? r.failedRequests[index] : FATHOM_ERR_MEMORY;
         EXPECT_EQ(status, expected) << r.name << " size " << size << " request " << k;
         if (!r.writesBeforeFailure) {
-          EXPECT_TRUE(slots == before) << r.name << " wrote, size " << size << " request " << k;
+          EXPECT_TRUE(untouched(r, slots, before)) << r.name << " wrote, size " << size << " request " << k;
         }
       }
     }

@@ -22,6 +22,9 @@ constexpr Argument levels(std::int32_t number, double repeated = 1) {
 constexpr Argument text() {
   return {Role::kText};
 }
+constexpr Argument reset() {
+  return {Role::kReset};
+}
 constexpr Argument out() {
   return {Role::kOutput};
 }
@@ -109,6 +112,12 @@ Routine peakDetector() {
           {in(), count(FATHOM_ERR_NO_SAMPLES, FATHOM_OK), real(0.1), choice(5), choice(0),
            choice(1), choice(1), out(), out(), out(), out()},
           call};
+}
+
+// It has written coefficients, or a deviation, when a request fails.
+Routine writesFirst(Routine r) {
+  r.writesBeforeFailure = true;
+  return r;
 }
 
 // The arguments that stand for a filter record: a place that stays empty, and, after all others,
@@ -376,14 +385,90 @@ const std::vector<Routine>& routines() {
       ELEMENTARY(Bw_HPF, in(), count(), real(1), real(0.1), fixed(18), out()),
       ELEMENTARY(Bw_BPF, in(), count(), real(1), real(0.1), real(0.3), fixed(7), out()),
       ELEMENTARY(Bw_BSF, in(), count(), real(1), real(0.1), real(0.3), fixed(7), out()),
+      design("Ch_CascadeCoef", Ch_CascadeCoef, FATHOM_BANDSTOP, 4,
+             {real(1), real(0.1), real(0.2), real(0.5), record()}),
+      ELEMENTARY(Ch_Coef, choice(FATHOM_BANDPASS), choice(5), real(1), real(0.1), real(0.2),
+                 real(0.5), out(), fixedCount(11, FATHOM_ERR_ARRAY_SIZE), out(),
+                 fixedCount(11, FATHOM_ERR_ARRAY_SIZE)),
+      ELEMENTARY(Ch_LPF, in(), count(), real(1), real(0.1), real(0.5), fixed(7), out()),
+      ELEMENTARY(Ch_HPF, in(), count(), real(1), real(0.1), real(0.5), fixed(18), out()),
+      ELEMENTARY(Ch_BPF, in(), count(), real(1), real(0.1), real(0.3), real(0.5), fixed(6), out()),
+      ELEMENTARY(Ch_BSF, in(), count(), real(1), real(0.1), real(0.3), real(0.5), fixed(7), out()),
+      design("InvCh_CascadeCoef", InvCh_CascadeCoef, FATHOM_BANDPASS, 5,
+             {real(1), real(0.1), real(0.2), real(40), record()}),
+      ELEMENTARY(InvCh_Coef, choice(FATHOM_BANDSTOP), choice(5), real(1), real(0.1), real(0.2),
+                 real(40), out(), fixedCount(11, FATHOM_ERR_ARRAY_SIZE), out(),
+                 fixedCount(11, FATHOM_ERR_ARRAY_SIZE)),
+      ELEMENTARY(InvCh_LPF, in(), count(), real(1), real(0.1), real(40), fixed(7), out()),
+      ELEMENTARY(InvCh_HPF, in(), count(), real(1), real(0.1), real(40), fixed(18), out()),
+      ELEMENTARY(InvCh_BPF, in(), count(), real(1), real(0.1), real(0.3), real(40), fixed(6),
+                 out()),
+      ELEMENTARY(InvCh_BSF, in(), count(), real(1), real(0.1), real(0.3), real(40), fixed(7),
+                 out()),
+      design("Elp_CascadeCoef", Elp_CascadeCoef, FATHOM_BANDSTOP, 5,
+             {real(1), real(0.1), real(0.2), real(0.5), real(60), record()}),
+      ELEMENTARY(Elp_Coef, choice(FATHOM_BANDPASS), choice(5), real(1), real(0.1), real(0.2),
+                 real(0.5), real(60), out(), fixedCount(11, FATHOM_ERR_ARRAY_SIZE), out(),
+                 fixedCount(11, FATHOM_ERR_ARRAY_SIZE)),
+      ELEMENTARY(Elp_LPF, in(), count(), real(1), real(0.1), real(0.5), real(60), fixed(7), out()),
+      ELEMENTARY(Elp_HPF, in(), count(), real(1), real(0.1), real(0.5), real(60), fixed(18), out()),
+      ELEMENTARY(Elp_BPF, in(), count(), real(1), real(0.1), real(0.3), real(0.5), real(60),
+                 fixed(6), out()),
+      ELEMENTARY(Elp_BSF, in(), count(), real(1), real(0.1), real(0.3), real(0.5), real(60),
+                 fixed(7), out()),
+      design("Bessel_CascadeCoef", Bessel_CascadeCoef, FATHOM_BANDPASS, 5,
+             {real(1), real(0.1), real(0.2), record()}),
+      ELEMENTARY(Bessel_Coef, choice(FATHOM_BANDSTOP), choice(5), real(1), real(0.1), real(0.2),
+                 out(), fixedCount(11, FATHOM_ERR_ARRAY_SIZE), out(),
+                 fixedCount(11, FATHOM_ERR_ARRAY_SIZE)),
+      // filter/fir
+      ELEMENTARY(FIR_Coef, choice(FATHOM_BANDPASS), real(1), real(0.1), real(0.2),
+                 count(FATHOM_ERR_ORDER), out()),
+      writesFirst(ELEMENTARY(Wind_LPF, real(1), real(0.1), count(FATHOM_ERR_ORDER), out(),
+                             choice(FATHOM_FIR_HANNING))),
+      writesFirst(ELEMENTARY(Wind_HPF, real(1), real(0.1), count(FATHOM_ERR_ORDER), out(),
+                             choice(FATHOM_FIR_BLACKMAN))),
+      writesFirst(ELEMENTARY(Wind_BPF, real(1), real(0.1), real(0.2), count(FATHOM_ERR_ORDER),
+                             out(), choice(FATHOM_FIR_TRIANGULAR))),
+      writesFirst(ELEMENTARY(Wind_BSF, real(1), real(0.1), real(0.2), count(FATHOM_ERR_ORDER),
+                             out(), choice(FATHOM_FIR_HAMMING))),
+      writesFirst(
+          ELEMENTARY(Ksr_LPF, real(1), real(0.1), count(FATHOM_ERR_ORDER), out(), real(6))),
+      writesFirst(
+          ELEMENTARY(Ksr_HPF, real(1), real(0.1), count(FATHOM_ERR_ORDER), out(), real(-1))),
+      writesFirst(ELEMENTARY(Ksr_BPF, real(1), real(0.1), real(0.2), count(FATHOM_ERR_ORDER), out(),
+                             real(6))),
+      writesFirst(ELEMENTARY(Ksr_BSF, real(1), real(0.1), real(0.2), count(FATHOM_ERR_ORDER), out(),
+                             real(6))),
+      ELEMENTARY(Equi_Ripple, fixedCount(2), in(), in(), real(1), in(), choice(1), choice(31),
+                 out(), out()),
+      writesFirst(
+          ELEMENTARY(EquiRpl_LPF, real(1), real(0.2), real(0.25), choice(64), out(), out())),
+      writesFirst(
+          ELEMENTARY(EquiRpl_HPF, real(1), real(0.2), real(0.25), choice(63), out(), out())),
+      writesFirst(ELEMENTARY(EquiRpl_BPF, real(1), real(0.1), real(0.15), real(0.2), real(0.26),
+                             choice(32), out(), out())),
+      writesFirst(ELEMENTARY(EquiRpl_BSF, real(1), real(0.1), real(0.15), real(0.2), real(0.26),
+                             choice(31), out(), out())),
+      ROUTINE(SVD, inOut(), side(), side(), out(), out(), out()),
+      ROUTINE(CxSVD, in(), side(), side(), out(), out(), out()),
+      ROUTINE(SVDS, in(), side(), side(), out()),
+      ROUTINE(CxSVDS, in(), side(), side(), out()),
+      ROUTINE(PseudoInverse, inOut(), side(), side(), real(0.01), out()),
+      ROUTINE(CxPseudoInverse, in(), side(), side(), real(-1), out()),
+      ROUTINE(MatrixRank, in(), side(), side(), real(-1), reset()),
+      ROUTINE(CxMatrixRank, in(), side(), side(), real(0.01), reset()),
+      ROUTINE(MatrixNorm, in(), side(), side(), choice(0), reset()),
+      ROUTINE(CxMatrixNorm, in(), side(), side(), choice(0), reset()),
   };
   return table;
 }
 
 Slots prepare(const Routine& r, std::int32_t size, std::uint64_t seed) {
-  // Room for several frames of `size`, a matrix of sides limited as by side(), and small tables.
+  // Room for several frames of `size`, a complex matrix of sides limited as by side(), and small
+  // tables.
   const auto n = static_cast<std::size_t>(size);
-  const std::size_t capacity = 4 * n + std::min<std::size_t>(n * n, 48 * 48) + 64;
+  const std::size_t capacity = 4 * n + 2 * std::min<std::size_t>(n * n, 48 * 48) + 64;
   Slots slots(r.arguments.size());
   for (std::size_t i = 0; i < slots.size(); ++i) {
     const Argument& a = r.arguments[i];

@@ -21,6 +21,7 @@ enum class Role {
   kInOut,   // array, or variable, that is read and written
   kLevels,  // array of integers that is read: 0 to limit - 1, each `value` times, over and over
   kText,    // buffer of text that is read and written
+  kReset,   // variable that is written, and set before any check
   kOutput,  // array, or variable, that is written
   kCount,   // element count: takes the size of the run, or a fixed one; checked from below
   kChoice,  // integer that may take any value at all
@@ -60,6 +61,8 @@ struct Slot {
       return reinterpret_cast<char*>(integers.data() + kGuard);
     } else if constexpr (std::is_same_v<P, WindowProperties*>) {
       return reinterpret_cast<WindowProperties*>(reals.data() + kGuard);
+    } else if constexpr (std::is_same_v<P, ComplexNum*> || std::is_same_v<P, const ComplexNum*>) {
+      return reinterpret_cast<P>(reals.data() + kGuard);
     } else {
       static_assert(std::is_same_v<P, double*> || std::is_same_v<P, const double*>);
       return reals.data() + kGuard;
