@@ -172,6 +172,15 @@ enum FathomFirWindow {
   FATHOM_FIR_BLACKMAN = 5
 };
 
+/** Matrices of SpecialMatrix and CxSpecialMatrix. */
+enum FathomMatrix {
+  FATHOM_MATRIX_IDENTITY = 0,
+  FATHOM_MATRIX_DIAGONAL = 1,
+  FATHOM_MATRIX_TOEPLITZ = 2,
+  FATHOM_MATRIX_VANDERMONDE = 3,
+  FATHOM_MATRIX_COMPANION = 4
+};
+
 /** A complex value. Complex matrices and vectors of the linear algebra are arrays of them. */
 typedef struct ComplexNum {
   double real;
@@ -3342,7 +3351,179 @@ FATHOM_API AnalysisStatus EquiRpl_BSF(double fs, double lowPass, double lowStop,
 
 /* ---- Matrix products, transpose, trace (src/linalg/product.cpp) ----------------------------- */
 
+/**
+ * Product of two matrices: result(i, j) = 0 + a(i, 0) b(0, j) + a(i, 1) b(1, j) + ..., each product
+ * rounded before it is added.
+ *
+ * @param[in] a r x k elements
+ * @param[in] b k x c elements
+ * @param r rows of a, at least 1
+ * @param k columns of a and rows of b, at least 1
+ * @param c columns of b, at least 1
+ * @param[out] result r x c elements; neither a nor b
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if r < 1, c < 1 or k < 1
+ */
+FATHOM_API AnalysisStatus MatrixMul(const double* a, const double* b, int32_t r, int32_t k,
+                                    int32_t c, double* result);
+
+/**
+ * Transpose of a matrix: t(j, i) = a(i, j), bit for bit.
+ *
+ * @param[in] a r x c elements
+ * @param r rows of a, at least 1
+ * @param c columns of a, at least 1
+ * @param[out] t c x r elements; not a
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if r < 1 or c < 1
+ */
+FATHOM_API AnalysisStatus Transpose(const double* a, int32_t r, int32_t c, double* t);
+
+/**
+ * Trace of a square matrix: 0 + a(0, 0) + a(1, 1) + ...
+ *
+ * @param[in] a n x n elements
+ * @param n rows and columns, at least 1
+ * @param[out] trace the sum of the diagonal
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
+FATHOM_API AnalysisStatus Trace(const double* a, int32_t n, double* trace);
+
+/**
+ * Dot product of two vectors: 0 + x[0] y[0] + x[1] y[1] + ..., added in this order.
+ *
+ * @param[in] x n elements
+ * @param[in] y n elements
+ * @param n count, at least 1
+ * @param[out] dotProduct the sum
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
+FATHOM_API AnalysisStatus DotProduct(const double* x, const double* y, int32_t n,
+                                     double* dotProduct);
+
+/**
+ * Outer product of two vectors: p(i, j) = x[i] y[j].
+ *
+ * @param[in] x nx elements
+ * @param nx count of x, at least 1
+ * @param[in] y ny elements
+ * @param ny count of y, at least 1
+ * @param[out] p nx x ny elements; neither x nor y
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if nx < 1 or ny < 1
+ */
+FATHOM_API AnalysisStatus OuterProduct(const double* x, int32_t nx, const double* y, int32_t ny,
+                                       double* p);
+
+/**
+ * Product of two complex matrices, as MatrixMul. The real and the imaginary part are sums of their
+ * own, of the parts of a(i, t) b(t, j): re re - im im, and re im + im re.
+ *
+ * @param[in] a r x k elements
+ * @param[in] b k x c elements
+ * @param r rows of a, at least 1
+ * @param k columns of a and rows of b, at least 1
+ * @param c columns of b, at least 1
+ * @param[out] result r x c elements; neither a nor b
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if r < 1, c < 1 or k < 1
+ */
+FATHOM_API AnalysisStatus CxMatrixMul(const ComplexNum* a, const ComplexNum* b, int32_t r,
+                                      int32_t k, int32_t c, ComplexNum* result);
+
+/**
+ * Conjugate transpose of a complex matrix: t(j, i) = conj(a(i, j)). An imaginary part of 0 becomes
+ * -0.
+ *
+ * @param[in] a r x c elements
+ * @param r rows of a, at least 1
+ * @param c columns of a, at least 1
+ * @param[out] t c x r elements; not a
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if r < 1 or c < 1
+ */
+FATHOM_API AnalysisStatus CxTranspose(const ComplexNum* a, int32_t r, int32_t c, ComplexNum* t);
+
+/**
+ * Trace of a complex matrix, which need not be square: 0 + a(0, 0) + a(1, 1) + ... over the first
+ * min(r, c) elements of the diagonal.
+ *
+ * @param[in] a r x c elements
+ * @param r rows, at least 1
+ * @param c columns, at least 1
+ * @param[out] trace the sum of the diagonal
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if r < 1 or c < 1
+ */
+FATHOM_API AnalysisStatus CxTrace(const ComplexNum* a, int32_t r, int32_t c, ComplexNum* trace);
+
+/**
+ * Dot product of two complex vectors, neither conjugated: 0 + x[0] y[0] + x[1] y[1] + ...
+ *
+ * @param[in] x n elements
+ * @param[in] y n elements
+ * @param n count, at least 1
+ * @param[out] dotProduct the sum
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
+ */
+FATHOM_API AnalysisStatus CxDotProduct(const ComplexNum* x, const ComplexNum* y, int32_t n,
+                                       ComplexNum* dotProduct);
+
+/**
+ * Outer product of two complex vectors, neither conjugated: p(i, j) = x[i] y[j].
+ *
+ * @param[in] x nx elements
+ * @param nx count of x, at least 1
+ * @param[in] y ny elements
+ * @param ny count of y, at least 1
+ * @param[out] p nx x ny elements; neither x nor y
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if nx < 1 or ny < 1
+ */
+FATHOM_API AnalysisStatus CxOuterProduct(const ComplexNum* x, int32_t nx, const ComplexNum* y,
+                                         int32_t ny, ComplexNum* p);
+
 /* ---- Structured matrices (src/linalg/structured.cpp) ---------------------------------------- */
+
+/**
+ * Fills a structured matrix from one or two vectors. Arguments that a type does not use are
+ * ignored; such vectors may be null.
+ *
+ *     type                       uses             matrix
+ *     FATHOM_MATRIX_IDENTITY     size             size x size: 1 on the diagonal, else 0
+ *     FATHOM_MATRIX_DIAGONAL     a, na            na x na: a on the diagonal, else 0
+ *     FATHOM_MATRIX_TOEPLITZ     a, na, b, nb     na x nb: a[i - j] on and below the diagonal,
+ *                                                 b[j - i] above it; b[0] is not used
+ *     FATHOM_MATRIX_VANDERMONDE  a, na            na x na: a[i] to the power na - 1 - j; the last
+ *                                                 column is 1 whatever a is
+ *     FATHOM_MATRIX_COMPANION    a, na            of the polynomial a[0] x^(na - 1) + ... + a[na -
+ *                                                 1], na - 1 square: first row a[j + 1] / -a[0], 1
+ *                                                 below the diagonal, else 0
+ *
+ * @param type one of FathomMatrix
+ * @param size rows and columns of the identity, at least 1
+ * @param[in] a na elements
+ * @param na count of a, at least 1; for a companion matrix at least 2
+ * @param[in] b nb elements
+ * @param nb count of b, 1 to na
+ * @param[out] m the matrix; neither a nor b
+ * @return FATHOM_OK; FATHOM_ERR_SELECTION if type is none of these; FATHOM_ERR_NO_SAMPLES if a
+ *         count that it uses is out of its range
+ */
+FATHOM_API AnalysisStatus SpecialMatrix(int32_t type, int32_t size, const double* a, int32_t na,
+                                        const double* b, int32_t nb, double* m);
+
+/**
+ * As SpecialMatrix, with complex elements. Powers are products, one factor after the other from 1
+ * on, so that those of infinities and NaNs may be NaN. The first row of a companion matrix is a[j +
+ * 1] times -1 / a[0], whose parts are each divided by re re + im im of a[0].
+ *
+ * @param type one of FathomMatrix
+ * @param size rows and columns of the identity, at least 1
+ * @param[in] a na elements
+ * @param na count of a, at least 1; for a companion matrix at least 2
+ * @param[in] b nb elements
+ * @param nb count of b, 1 to na
+ * @param[out] m the matrix; neither a nor b
+ * @return FATHOM_OK; FATHOM_ERR_SELECTION if type is none of these; FATHOM_ERR_NO_SAMPLES if a
+ *         count that it uses is out of its range
+ */
+FATHOM_API AnalysisStatus CxSpecialMatrix(int32_t type, int32_t size, const ComplexNum* a,
+                                          int32_t na, const ComplexNum* b, int32_t nb,
+                                          ComplexNum* m);
 
 /* ---- LU and linear systems (src/linalg/lu.cpp, solve.cpp) ----------------------------------- */
 

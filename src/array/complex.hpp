@@ -21,7 +21,9 @@ FATHOM_INLINE ComplexNum operator-(ComplexNum a) {
 }
 
 FATHOM_INLINE ComplexNum operator*(ComplexNum a, ComplexNum b) {
-  return {a.real * b.real - a.imaginary * b.imaginary, a.real * b.imaginary + a.imaginary * b.real};
+  using fathom::rounded;
+  return {rounded(a.real * b.real) - rounded(a.imaginary * b.imaginary),
+          rounded(a.real * b.imaginary) + rounded(a.imaginary * b.real)};
 }
 
 namespace fathom {
@@ -44,8 +46,8 @@ FATHOM_INLINE double squaredModulus(Complex a) {
 
 // a / b, where m is the squared modulus of b. Nothing is scaled: m may underflow or overflow.
 FATHOM_INLINE Complex quotient(Complex a, Complex b, double m) {
-  return {(a.real * b.real + a.imaginary * b.imaginary) / m,
-          (a.imaginary * b.real - a.real * b.imaginary) / m};
+  return {(rounded(a.real * b.real) + rounded(a.imaginary * b.imaginary)) / m,
+          (rounded(a.imaginary * b.real) - rounded(a.real * b.imaginary)) / m};
 }
 
 // Both are 0 where each part is zero or NaN.

@@ -5,6 +5,10 @@
 // all three, because no operation is fused or reassociated. Never put it on an exported routine:
 // the variants would become exported names of their own.
 //
+// A product in rounded() is rounded before it is added or subtracted. GCC needs to be told where a
+// sum of products stands beside a difference, as in a complex product: from version 12 on it fuses
+// such a pair, although contraction is off.
+//
 // FATHOM_INDEPENDENT before a loop says that no iteration reads what another writes, so that the
 // compiler vectorises it although the output may be one of the inputs.
 #ifndef FATHOM_FRAME_MULTIVERSION_HPP
@@ -31,5 +35,21 @@
 #else
 #define FATHOM_INLINE inline
 #endif
+
+namespace fathom {
+
+FATHOM_INLINE double rounded(double product) {
+#if defined(__has_builtin)
+#if __has_builtin(__builtin_assoc_barrier)
+  return __builtin_assoc_barrier(product);
+#else
+  return product;
+#endif
+#else
+  return product;
+#endif
+}
+
+}  // namespace fathom
 
 #endif

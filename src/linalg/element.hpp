@@ -69,11 +69,17 @@ FATHOM_INLINE ComplexNum divide(ComplexNum a, ComplexNum b) {
   if (fabs(b.real) >= fabs(b.imaginary)) {
     const double ratio = b.imaginary / b.real;
     const double divisor = b.real + b.imaginary * ratio;
-    return {(a.real + a.imaginary * ratio) / divisor, (a.imaginary - a.real * ratio) / divisor};
+    return {(a.real + rounded(a.imaginary * ratio)) / divisor,
+            (a.imaginary - rounded(a.real * ratio)) / divisor};
   }
   const double ratio = b.real / b.imaginary;
   const double divisor = b.imaginary + b.real * ratio;
-  return {(a.real * ratio + a.imaginary) / divisor, (a.imaginary * ratio - a.real) / divisor};
+  return {(rounded(a.real * ratio) + a.imaginary) / divisor,
+          (rounded(a.imaginary * ratio) - a.real) / divisor};
+}
+
+FATHOM_INLINE ComplexNum divide(ComplexNum a, double b) {
+  return {a.real / b, a.imaginary / b};
 }
 
 FATHOM_INLINE double scaled(double a, double factor) {

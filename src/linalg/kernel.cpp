@@ -6,21 +6,18 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
-#include <utility>
 
 #include "frame/lanes.hpp"
 #include "frame/multiversion.hpp"
 #include "linalg/element.hpp"
+#include "linalg/tile.hpp"
 
 namespace {
-
-using fathom::Lanes;
 
 // A product of blocks of elements of 1 or 2 doubles. All steps are in doubles.
 struct Product {
   const double* a;
-  std::size_t aRowStep, aTermStep;
+  std::size_t aRowStep;
   const double* b;
   std::size_t bTermStep;
   double* c;
@@ -31,118 +28,36 @@ struct Product {
 
 constexpr std::size_t kPanelTerms = 256;
 
+// Rows of A that stay in the second-level cache, with the terms of a panel, for all panels.
+constexpr std::size_t kBlockRows = 256;
+
 // The tile's sums, the vectors of B and the temporaries fit in the registers.
 constexpr std::size_t kTileRows = 4;
 template <std::size_t bytes>
 constexpr std::size_t kTileSums = bytes == 64 ? 4 : 2;  // vectors per row; 32 or 16 registers
-
-template <std::size_t bytes, std::size_t parts>
-constexpr std::size_t kTileVectors = kTileSums<bytes> / parts;
-
-// Vectors x and y hold pairs; afterwards x has their firsts and y their seconds. And back.
-template <std::size_t bytes, std::size_t... i>
-FATHOM_INLINE void splitPairs(Lanes<bytes>& x, Lanes<bytes>& y, std::index_sequence<i...>) {
-  const Lanes<bytes> first = __builtin_shufflevector(x, y, static_cast<int>(2 * i)...);
-  y = __builtin_shufflevector(x, y, static_cast<int>(2 * i + 1)...);
-  x = first;
-}
-template <std::size_t bytes, std::size_t... i>
-FATHOM_INLINE void joinPairs(Lanes<bytes>& x, Lanes<bytes>& y, std::index_sequence<i...>) {
-  constexpr std::size_t kLanes = sizeof...(i);
-  constexpr auto kSource = [](std::size_t k) {
-    return static_cast<int>(k / 2 + (k % 2 == 0 ? 0 : kLanes));
-  };
-  const Lanes<bytes> low = __builtin_shufflevector(x, y, kSource(i)...);
-  y = __builtin_shufflevector(x, y, kSource(kLanes + i)...);
-  x = low;
-}
-
-// `vectors` vectors of consecutive elements, their parts apart.
-template <std::size_t bytes, std::size_t parts, std::size_t vectors>
-struct Run {
-  static constexpr std::size_t kLanes = bytes / sizeof(double);
-  static constexpr std::size_t kElements = vectors * kLanes;
-  static constexpr std::size_t kDoubles = kElements * parts;
-
-  Lanes<bytes> at[vectors][parts];
-
-  FATHOM_INLINE void gather(const double* x) {
-    FATHOM_UNROLL
-    for (std::size_t v = 0; v < vectors; ++v) {
-      FATHOM_UNROLL
-      for (std::size_t p = 0; p < parts; ++p) fathom::load(at[v][p], x + (v * parts + p) * kLanes);
-      if constexpr (parts == 2)
-        splitPairs<bytes>(at[v][0], at[v][1], std::make_index_sequence<kLanes>());
-    }
-  }
-  FATHOM_INLINE void scatter(double* x) const {
-    FATHOM_UNROLL
-    for (std::size_t v = 0; v < vectors; ++v) {
-      Lanes<bytes> out[parts];
-      FATHOM_UNROLL
-      for (std::size_t p = 0; p < parts; ++p) out[p] = at[v][p];
-      if constexpr (parts == 2)
-        joinPairs<bytes>(out[0], out[1], std::make_index_sequence<kLanes>());
-      FATHOM_UNROLL
-      for (std::size_t p = 0; p < parts; ++p) fathom::store(x + (v * parts + p) * kLanes, out[p]);
-    }
-  }
-
-  // The same for the first `doubles` of the doubles alone; what other lanes hold is of no account.
-  FATHOM_INLINE void gatherFew(const double* x, std::size_t doubles) {
-    double cells[kDoubles] = {};
-    for (std::size_t i = 0; i < doubles; ++i) cells[i] = x[i];
-    gather(cells);
-  }
-  FATHOM_INLINE void scatterFew(double* x, std::size_t doubles) const {
-    double cells[kDoubles];
-    scatter(cells);
-    for (std::size_t i = 0; i < doubles; ++i) x[i] = cells[i];
-  }
-
-  FATHOM_INLINE void load(const double* x) {
-    FATHOM_UNROLL
-    for (std::size_t v = 0; v < vectors; ++v) {
-      FATHOM_UNROLL
-      for (std::size_t p = 0; p < parts; ++p) fathom::load(at[v][p], x + (v * parts + p) * kLanes);
-    }
-  }
-  FATHOM_INLINE void store(double* x) const {
-    FATHOM_UNROLL
-    for (std::size_t v = 0; v < vectors; ++v) {
-      FATHOM_UNROLL
-      for (std::size_t p = 0; p < parts; ++p) fathom::store(x + (v * parts + p) * kLanes, at[v][p]);
-    }
-  }
-};
 
 template <bool subtracted, typename L>
 FATHOM_INLINE void take(L& sum, const L& product) {
   sum = subtracted ? sum - product : sum + product;
 }
 
-// Rows `row`.. of the result, elements `column`.. of `columns` of them, terms `first` .. `end`.
-// `panel` holds those terms of B, `panelStep` doubles apart.
-template <std::size_t bytes, std::size_t parts, bool subtracted, std::size_t rows,
-          std::size_t vectors>
-FATHOM_INLINE void runTile(const Product& o, std::size_t row, std::size_t column,
-                           std::size_t columns, std::size_t first, std::size_t terms,
-                           const double* panel, std::size_t panelStep) {
-  using R = Run<bytes, parts, vectors>;
+// A tile of the result from element (row, column) on: `terms` terms from `first` on. `panel` holds
+// those terms of B, `panelStep` doubles apart.
+template <bool subtracted, std::size_t rows, typename R, std::size_t parts>
+FATHOM_INLINE void runTile(const Product& o, std::size_t row, std::size_t column, std::size_t first,
+                           std::size_t terms, const double* panel, std::size_t panelStep) {
+  constexpr std::size_t kVectors = R::kDoubles / parts / R::kLanes;
   R sums[rows];
   double* const c = o.c + row * o.cRowStep + column * parts;
-  const bool whole = columns >= R::kElements;
   FATHOM_UNROLL
   for (std::size_t r = 0; r < rows; ++r) {
     if (!subtracted && first == 0) {
       sums[r] = {};
-    } else if (whole) {
-      sums[r].gather(c + r * o.cRowStep);
     } else {
-      sums[r].gatherFew(c + r * o.cRowStep, columns * parts);
+      sums[r].gather(c + r * o.cRowStep);
     }
   }
-  const double* a = o.a + row * o.aRowStep + first * o.aTermStep;
+  const double* a = o.a + row * o.aRowStep + first * parts;
   for (std::size_t t = 0; t < terms; ++t) {
     R x;
     x.load(panel);
@@ -150,87 +65,80 @@ FATHOM_INLINE void runTile(const Product& o, std::size_t row, std::size_t column
     for (std::size_t r = 0; r < rows; ++r) {
       const double* const factor = a + r * o.aRowStep;
       FATHOM_UNROLL
-      for (std::size_t v = 0; v < vectors; ++v) {
+      for (std::size_t v = 0; v < kVectors; ++v) {
+        const auto& b = x.at[v];
         if constexpr (parts == 1) {
-          take<subtracted>(sums[r].at[v][0], factor[0] * x.at[v][0]);
+          take<subtracted>(sums[r].at[v][0], factor[0] * b[0]);
+        } else if constexpr (R::kLanes == 1) {
+          const ComplexNum product = ComplexNum{factor[0], factor[1]} * ComplexNum{b[0], b[1]};
+          take<subtracted>(sums[r].at[v][0], product.real);
+          take<subtracted>(sums[r].at[v][1], product.imaginary);
         } else {
-          take<subtracted>(sums[r].at[v][0], factor[0] * x.at[v][0] - factor[1] * x.at[v][1]);
-          take<subtracted>(sums[r].at[v][1], factor[0] * x.at[v][1] + factor[1] * x.at[v][0]);
+          take<subtracted>(sums[r].at[v][0], factor[0] * b[0] - factor[1] * b[1]);
+          take<subtracted>(sums[r].at[v][1], factor[0] * b[1] + factor[1] * b[0]);
         }
       }
     }
-    a += o.aTermStep;
+    a += parts;
     panel += panelStep;
   }
   FATHOM_UNROLL
-  for (std::size_t r = 0; r < rows; ++r) {
-    if (whole) {
-      sums[r].scatter(c + r * o.cRowStep);
-    } else {
-      sums[r].scatterFew(c + r * o.cRowStep, columns * parts);
+  for (std::size_t r = 0; r < rows; ++r) sums[r].scatter(c + r * o.cRowStep);
+}
+
+// Rows `row` .. `end` of the columns of one panel, in tiles of `rows` rows, then of fewer.
+template <bool subtracted, std::size_t rows, typename R, std::size_t parts>
+FATHOM_INLINE void runTiles(const Product& o, std::size_t row, std::size_t end, std::size_t column,
+                            std::size_t first, std::size_t terms, const double* panel,
+                            std::size_t panelStep) {
+  for (; row + rows <= end; row += rows) {
+    runTile<subtracted, rows, R, parts>(o, row, column, first, terms, panel, panelStep);
+  }
+  if constexpr (rows > 1) {
+    if (row < end) {
+      runTiles<subtracted, rows / 2, R, parts>(o, row, end, column, first, terms, panel, panelStep);
     }
   }
 }
 
+// The columns from `column` on that fill whole panels of `vectors` vectors, then narrower ones.
 template <std::size_t bytes, std::size_t parts, bool subtracted, std::size_t vectors>
-FATHOM_INLINE void runPanel(const Product& o, std::size_t column, std::size_t columns,
-                            std::size_t first, std::size_t terms, double* cells) {
-  using R = Run<bytes, parts, vectors>;
-  const bool whole = columns >= R::kElements;
-  const double* panel = o.b + first * o.bTermStep + column * parts;
-  std::size_t panelStep = o.bTermStep;
-  // Where each element is used but once, and has one part, it may stay where it is.
-  if (parts == 2 || !whole || o.rows > kTileRows) {
-    for (std::size_t t = 0; t < terms; ++t) {
-      R x;
-      if (whole) {
+FATHOM_INLINE void runPanels(const Product& o, std::size_t row, std::size_t end, std::size_t column,
+                             std::size_t first, std::size_t terms, double* cells) {
+  using R = fathom::Run<bytes, parts, vectors>;
+  constexpr std::size_t kRows = vectors == 1 ? 2 * kTileRows : kTileRows;
+  for (; column + R::kElements <= o.columns; column += R::kElements) {
+    const double* panel = o.b + first * o.bTermStep + column * parts;
+    std::size_t panelStep = o.bTermStep;
+    // Where few rows use them, elements of one part may stay where they are.
+    if (parts == 2 || end - row > 2 * kTileRows) {
+      for (std::size_t t = 0; t < terms; ++t) {
+        R x;
         x.gather(panel + t * panelStep);
-      } else {
-        x.gatherFew(panel + t * panelStep, columns * parts);
+        x.store(cells + t * R::kDoubles);
       }
-      x.store(cells + t * R::kDoubles);
+      panel = cells;
+      panelStep = R::kDoubles;
     }
-    panel = cells;
-    panelStep = R::kDoubles;
+    runTiles<subtracted, kRows, R, parts>(o, row, end, column, first, terms, panel, panelStep);
   }
-  std::size_t row = 0;
-  for (; row + kTileRows <= o.rows; row += kTileRows) {
-    runTile<bytes, parts, subtracted, kTileRows, vectors>(o, row, column, columns, first, terms,
-                                                          panel, panelStep);
-  }
-  if (row + 2 <= o.rows) {
-    runTile<bytes, parts, subtracted, 2, vectors>(o, row, column, columns, first, terms, panel,
-                                                  panelStep);
-    row += 2;
-  }
-  if (row < o.rows) {
-    runTile<bytes, parts, subtracted, 1, vectors>(o, row, column, columns, first, terms, panel,
-                                                  panelStep);
+  if (column == o.columns) return;
+  if constexpr (vectors > 1) {
+    runPanels<bytes, parts, subtracted, vectors / 2>(o, row, end, column, first, terms, cells);
+  } else if constexpr (bytes > sizeof(double)) {
+    runPanels<bytes / 2, parts, subtracted, 1>(o, row, end, column, first, terms, cells);
   }
 }
 
 template <std::size_t bytes, std::size_t parts, bool subtracted>
-FATHOM_INLINE void runPanels(const Product& o) {
-  constexpr std::size_t kVectors = kTileVectors<bytes, parts>;
-  constexpr std::size_t kLanes = bytes / sizeof(double);
-  alignas(64) double cells[kPanelTerms * kVectors * kLanes * parts];
+FATHOM_INLINE void run(const Product& o) {
+  constexpr std::size_t kVectors = kTileSums<bytes> / parts;
+  alignas(64) double cells[kPanelTerms * kTileSums<bytes> * fathom::kLanesOf<bytes>];
   for (std::size_t first = 0; first < o.terms; first += kPanelTerms) {
     const std::size_t terms = std::min(kPanelTerms, o.terms - first);
-    std::size_t column = 0;
-    for (; column + kVectors * kLanes <= o.columns; column += kVectors * kLanes) {
-      runPanel<bytes, parts, subtracted, kVectors>(o, column, kVectors * kLanes, first, terms,
-                                                   cells);
-    }
-    if constexpr (kVectors > 2) {
-      if (o.columns - column > kLanes) {
-        const std::size_t columns = std::min(2 * kLanes, o.columns - column);
-        runPanel<bytes, parts, subtracted, 2>(o, column, columns, first, terms, cells);
-        column += columns;
-      }
-    }
-    for (; column < o.columns; column += kLanes) {
-      runPanel<bytes, parts, subtracted, 1>(o, column, std::min(kLanes, o.columns - column), first,
-                                            terms, cells);
+    for (std::size_t row = 0; row < o.rows; row += kBlockRows) {
+      runPanels<bytes, parts, subtracted, kVectors>(o, row, std::min(row + kBlockRows, o.rows), 0,
+                                                    first, terms, cells);
     }
   }
 }
@@ -238,9 +146,9 @@ FATHOM_INLINE void runPanels(const Product& o) {
 template <std::size_t bytes>
 FATHOM_INLINE void runRealOf(const Product& o) {
   if (o.subtracted) {
-    runPanels<bytes, 1, true>(o);
+    run<bytes, 1, true>(o);
   } else {
-    runPanels<bytes, 1, false>(o);
+    run<bytes, 1, false>(o);
   }
 }
 FATHOM_BY_WIDTH(runReal, (const Product& o), (o))
@@ -248,9 +156,9 @@ FATHOM_BY_WIDTH(runReal, (const Product& o), (o))
 template <std::size_t bytes>
 FATHOM_INLINE void runComplexOf(const Product& o) {
   if (o.subtracted) {
-    runPanels<bytes, 2, true>(o);
+    run<bytes, 2, true>(o);
   } else {
-    runPanels<bytes, 2, false>(o);
+    run<bytes, 2, false>(o);
   }
 }
 FATHOM_BY_WIDTH(runComplex, (const Product& o), (o))
@@ -261,26 +169,26 @@ namespace fathom {
 
 void multiply(const double* a, std::size_t aStride, const double* b, std::size_t bStride, double* c,
               std::size_t cStride, std::size_t rows, std::size_t terms, std::size_t columns) {
-  runReal({a, aStride, 1, b, bStride, c, cStride, rows, terms, columns, false});
+  runReal({a, aStride, b, bStride, c, cStride, rows, terms, columns, false});
 }
 
 void subtractProduct(const double* a, std::size_t aStride, const double* b, std::size_t bStride,
                      double* c, std::size_t cStride, std::size_t rows, std::size_t terms,
                      std::size_t columns) {
-  runReal({a, aStride, 1, b, bStride, c, cStride, rows, terms, columns, true});
+  runReal({a, aStride, b, bStride, c, cStride, rows, terms, columns, true});
 }
 
 void multiply(const ComplexNum* a, std::size_t aStride, const ComplexNum* b, std::size_t bStride,
               ComplexNum* c, std::size_t cStride, std::size_t rows, std::size_t terms,
               std::size_t columns) {
-  runComplex({&a->real, 2 * aStride, 2, &b->real, 2 * bStride, &c->real, 2 * cStride, rows, terms,
+  runComplex({&a->real, 2 * aStride, &b->real, 2 * bStride, &c->real, 2 * cStride, rows, terms,
               columns, false});
 }
 
 void subtractProduct(const ComplexNum* a, std::size_t aStride, const ComplexNum* b,
                      std::size_t bStride, ComplexNum* c, std::size_t cStride, std::size_t rows,
                      std::size_t terms, std::size_t columns) {
-  runComplex({&a->real, 2 * aStride, 2, &b->real, 2 * bStride, &c->real, 2 * cStride, rows, terms,
+  runComplex({&a->real, 2 * aStride, &b->real, 2 * bStride, &c->real, 2 * cStride, rows, terms,
               columns, true});
 }
 
