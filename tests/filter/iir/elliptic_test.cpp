@@ -53,8 +53,8 @@ int checkExtrema(const Wanted& w, const IIRFilter& r, bool stop, int side) {
 
 TEST(Elliptic, RipplesAreEqualInBothBands) {
   const auto check = [](const Wanted& w) {
-    const Record r = record(w.type, w.order);
-    ASSERT_EQ(Elp_CascadeCoef(1, w.low, w.high, w.ripple, w.attenuation, r.get()), FATHOM_OK);
+    const Record r(w.type, w.order);
+    ASSERT_EQ(Elp_CascadeCoef(1, w.low, w.high, w.ripple, w.attenuation, r), FATHOM_OK);
     const Warp warp(w);
     const bool even = w.order % 2 == 0;
     expectLevel(w, levelOf(*r, warp(1e-30L)), even ? -w.ripple : 0.0);
@@ -88,8 +88,8 @@ TEST(Elliptic, PublishedPolesAndZeros) {
   const std::complex<double> poles[] = {{0.6565102086226484, 0.6806637865701769},
                                         {0.6712970019772154, 0.494001473345181},
                                         {0.7132066025194673, 0.1857027033260695}};
-  const Record r = record(FATHOM_LOWPASS, 6);
-  ASSERT_EQ(Elp_CascadeCoef(2, 0.25, 0, 0.25, 80, r.get()), FATHOM_OK);
+  const Record r(FATHOM_LOWPASS, 6);
+  ASSERT_EQ(Elp_CascadeCoef(2, 0.25, 0, 0.25, 80, r), FATHOM_OK);
   double gain = 1.0;
   for (std::size_t s = 0; s < 3; ++s) {
     const double *a = r->a + 2 * s, *b = r->b + 3 * s;
@@ -104,9 +104,9 @@ TEST(Elliptic, PublishedPolesAndZeros) {
 
 TEST(Elliptic, Extremes) {
   const auto coefficients = [](int32_t type, int32_t order, double ripple, double attenuation) {
-    const Record r = record(type, order);
+    const Record r(type, order);
     const bool good = ripple > 0 && attenuation > 0 && attenuation > ripple;
-    EXPECT_EQ(Elp_CascadeCoef(1, 0.1, 0.2, ripple, attenuation, r.get()) == FATHOM_OK, good);
+    EXPECT_EQ(Elp_CascadeCoef(1, 0.1, 0.2, ripple, attenuation, r) == FATHOM_OK, good);
     return Values(r->a, r->a + r->na + r->nb);
   };
   const double extremes[] = {kDenormal, 1e-300, 1e-15, 1e-6, 300, 3080, 1e6, 1.7e308, kInf};
@@ -120,8 +120,8 @@ TEST(Elliptic, Extremes) {
       }
       for (double v : coefficients(type, order, 1e-6, 3000)) EXPECT_TRUE(std::isfinite(v));
       // Zeros at infinity: a Chebyshev filter.
-      const Record chebyshev = record(type, order);
-      ASSERT_EQ(Ch_CascadeCoef(1, 0.1, 0.2, 1, chebyshev.get()), FATHOM_OK);
+      const Record chebyshev(type, order);
+      ASSERT_EQ(Ch_CascadeCoef(1, 0.1, 0.2, 1, chebyshev), FATHOM_OK);
       const Values limit = coefficients(type, order, 1, 5000);
       for (std::size_t i = 0; i < limit.size(); ++i)
         EXPECT_NEAR(limit[i], chebyshev->a[i], 2e-14) << type << " " << order << " " << i;

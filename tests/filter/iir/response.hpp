@@ -6,22 +6,13 @@
 #include <cmath>
 #include <complex>
 #include <cstdint>
-#include <memory>
 #include <numbers>
 
-#include "support/testing.hpp"
+#include "filter/iir/iir.hpp"
 
 namespace fathom::test {
 
 using Real = long double;
-
-struct FreeRecord {
-  void operator()(IIRFilterPtr r) const { FreeIIRFilterPtr(r); }
-};
-using Record = std::unique_ptr<IIRFilter, FreeRecord>;
-inline Record record(int32_t type, int32_t order) {
-  return Record(AllocIIRFilterPtr(type, order));
-}
 
 // What a design is asked for; fs is 1.
 struct Wanted {
