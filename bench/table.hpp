@@ -47,6 +47,7 @@ void addWindowRows();
 void addSpectralRows();
 void addConvolveRows();
 void addUnitsRows();
+void addFilterRows();
 
 using Array = std::shared_ptr<std::vector<double>>;
 

@@ -17,7 +17,9 @@ struct Width {
     struct State {
       E s[m][vectors];
     };
-    E a[m][vectors], b[m + 1][vectors];
+    // c are the feedback coefficients with their signs turned: the bits are those of subtractions,
+    // and an addition can take the product, for which it waits, as either operand.
+    E c[m][vectors], b[m + 1][vectors];
     State state;
 
     FATHOM_INLINE void next(E (&t)[vectors]) {
@@ -25,7 +27,7 @@ struct Width {
       for (int v = 0; v < vectors; ++v) {
         E sum = t[v];
         FATHOM_UNROLL
-        for (int j = 0; j < m; ++j) sum -= a[j][v] * state.s[j][v];
+        for (int j = 0; j < m; ++j) sum += c[j][v] * state.s[j][v];
         const E w = sum;
         sum *= b[0][v];
         FATHOM_UNROLL
@@ -63,10 +65,10 @@ FATHOM_INLINE void runLanes(const Slices& from, std::size_t sections, const doub
                             std::size_t n, double* y) {
   constexpr std::size_t kLanes = fathom::kLanesIn<E> * vectors;
   const std::size_t unused = kLanes - sections;
-  double a[m][kLanes] = {}, b[m + 1][kLanes] = {}, state[m][kLanes] = {};
+  double c[m][kLanes] = {}, b[m + 1][kLanes] = {}, state[m][kLanes] = {};
   for (std::size_t s = 0; s < sections; ++s) {
     for (int j = 0; j < m; ++j) {
-      a[j][unused + s] = from.a[s * m + j];
+      c[j][unused + s] = -from.a[s * m + j];
       state[j][unused + s] = from.state[s * m + j];
     }
     for (int j = 0; j <= m; ++j) b[j][unused + s] = from.b[s * (m + 1) + j];
@@ -74,7 +76,7 @@ FATHOM_INLINE void runLanes(const Slices& from, std::size_t sections, const doub
   using Stage = typename Width<m>::template Stage<E, vectors>;
   Stage stage;
   for (int j = 0; j < m; ++j) {
-    fathom::loadRow(stage.a[j], a[j]);
+    fathom::loadRow(stage.c[j], c[j]);
     fathom::loadRow(stage.state.s[j], state[j]);
   }
   for (int j = 0; j <= m; ++j) fathom::loadRow(stage.b[j], b[j]);
@@ -92,7 +94,7 @@ template <int m>
 FATHOM_INLINE void runScalar(const Slices& from, const double* x, std::size_t n, double* y) {
   typename Width<m>::template Stage<double, 1> stage;
   for (int j = 0; j < m; ++j) {
-    stage.a[j][0] = from.a[j];
+    stage.c[j][0] = -from.a[j];
     stage.state.s[j][0] = from.state[j];
   }
   for (int j = 0; j <= m; ++j) stage.b[j][0] = from.b[j];
