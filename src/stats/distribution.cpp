@@ -58,7 +58,7 @@ class IncompleteBeta {
 
   struct Value {
     double integral;
-    double density;  // x (1 - x) times it, the factor that the fraction is multiplied by
+    double density;  // x (1 - x) times the derivative; the fraction's factor
   };
 
   Value operator()(double x) const {
@@ -142,8 +142,8 @@ class FisherF {
 };
 
 // Whether multiplying the finite `power` >= 1 by x > 1 that many times reaches infinity. Rounding
-// moves the logarithm of the product by less than 2^-53 (1 + 1e-15) a step, which leaves one or two
-// neighbouring x for which the bounds do not decide, and the product itself must.
+// moves the logarithm of the product by at most 2^-53 a step. That leaves one or two neighbouring x
+// undecided for each number of steps; for those the product is formed, one multiplication a step.
 bool overflowsWithin(double power, double x, int32_t steps) {
   constexpr double kRounding = 0x1.01p-53;
   const double rate = fathom::log(x);
@@ -160,7 +160,8 @@ bool overflowsWithin(double power, double x, int32_t steps) {
 
 // sum + the terms power x^k / (factor (factor + 2) ... (factor + 2 k - 2)), k = 1 to steps, with
 // running products above and below. The lower one is infinite after at most 151 steps. From there
-// on every term is zero while the upper one is finite, and NaN for good once it is not.
+// on a term is zero, which changes nothing, while the upper one is finite, and NaN, for good, from
+// the first one for which it is not. Only a factor above 1 can take it there.
 double chiSquareSeries(double sum, double power, double factor, double x, int32_t steps) {
   double product = 1.0;
   for (int32_t k = 1; k <= steps; ++k) {
@@ -211,9 +212,9 @@ double bisect(double lo, double hi, double p, const Distribution& distribution,
 }
 
 // Most steps of a bisection are decided by the distribution's values on either side of the
-// quantile. A computed value is within half of kMargin of a function that never falls, if no
-// continued fraction runs out of steps; so a value that differs from p by more than kMargin decides
-// for all points beyond its own. docs/distributions.md has the errors up to kMostDegrees.
+// quantile. Up to kMostDegrees no continued fraction takes more than 60 steps, and a computed value
+// is within 2e-8 of the true one (docs/distributions.md), which never falls. So one that differs
+// from p by more than kMargin decides for all points beyond its own.
 constexpr double kMargin = 1e-6;
 constexpr int32_t kMostDegrees = 10000;
 
