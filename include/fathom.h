@@ -1150,6 +1150,9 @@ FATHOM_API AnalysisStatus Histogram(const double* x, int32_t n, double base, dou
  * With z = |x| and t = 1 / (1 + 0.33267 z), the upper tail at z is
  * 0.3989422 exp(-z^2 / 2) t (0.4361836 - 0.1201676 t + 0.937298 t^2).
  *
+ * Error (this and those below: docs/distributions.md): at most 1.1e-5, at x = 0.52; 0.41 % of p
+ * down to p = 0.001. From x = -8.3 down, p is 0.
+ *
  * Source: M. Abramowitz and I. A. Stegun, Handbook of Mathematical Functions, 1964, 26.2.16.
  *
  * @param[in] x any value
@@ -1163,6 +1166,8 @@ FATHOM_API AnalysisStatus N_Dist(double x, double* p);
  *
  * With q the smaller of p and 1 - p and t = sqrt(ln(1 / q^2)), |x| is t less a quotient of
  * polynomials of degree 2 and 3 in t. p = 0.5 gives -1.0e-7.
+ *
+ * Error: at most 4.4e-4; 0.3 % of x at p = 0.501.
  *
  * Source: M. Abramowitz and I. A. Stegun, Handbook of Mathematical Functions, 1964, 26.2.23.
  *
@@ -1178,6 +1183,13 @@ FATHOM_API AnalysisStatus InvN_Dist(double p, double* x);
  * With x = df / (df + t^2), half the regularised incomplete beta function I_x(df/2, 1/2) is the
  * probability of either tail. The function is a continued fraction of at most 100 steps.
  *
+ * Error: at most 3.6e-9 for df to 10000 (at t = 1.75, df = 361), 5.8e-8 to 1000000 and 1.0e-4 to
+ * 2^31 - 1 (at t = 0.00026); of p, 9.0e-8 in the lower tail for df to 10000, down to p = 1e-40.
+ *
+ * Sources: the continued fraction is 26.5.8 of M. Abramowitz and I. A. Stegun, Handbook of
+ * Mathematical Functions, 1964; ln Gamma is the series of C. Lanczos, A precision approximation of
+ * the gamma function, SIAM Journal on Numerical Analysis, series B, 1964.
+ *
  * @param[in] t any value
  * @param[in] df degrees of freedom, at least 1
  * @param[out] p the probability
@@ -1188,6 +1200,8 @@ FATHOM_API AnalysisStatus T_Dist(double t, int32_t df, double* p);
 /**
  * Inverse of T_Dist, found by bisection of [-10000, 10000] to a width of at most 1e-4: the lower
  * end of the last interval. Quantiles outside give the interval's end on their side.
+ *
+ * Error: at most 7.5e-5, the width of the last interval, for every df.
  *
  * @param[in] p probability, above 0 and below 1; NaN gives -10000
  * @param[in] df degrees of freedom, at least 1
@@ -1201,6 +1215,10 @@ FATHOM_API AnalysisStatus InvT_Dist(double p, int32_t df, double* t);
  * F distribution: p = P(F <= f) = 1 - I_x(df2/2, df1/2) with x = df2 / (df2 + df1 f), where I is
  * the regularised incomplete beta function as in T_Dist; 0 unless f > 0.
  *
+ * Error, by the larger of df1 and df2: at most 1.4e-8 to 10000 (at f = 1, df1 = df2 = 3164), 2.6e-6
+ * to 100000 and 0.017 to 1000000, as a hundred steps are too few for two numbers that large; beyond
+ * that the result can be any value. Of p, 8.8e-8 to 10000 and down to p = 0.001.
+ *
  * @param[in] f any value
  * @param[in] df1 degrees of freedom of the numerator, at least 1
  * @param[in] df2 degrees of freedom of the denominator, at least 1
@@ -1212,6 +1230,8 @@ FATHOM_API AnalysisStatus F_Dist(double f, int32_t df1, int32_t df2, double* p);
 /**
  * Inverse of F_Dist, found by bisection of [1e-6, 10000] to a width of at most 1e-4: the lower end
  * of the last interval. Quantiles outside give the interval's end on their side.
+ *
+ * Error: at most 7.5e-5, the width of the last interval, for df1 and df2 to 10000.
  *
  * @param[in] p probability, above 0 and below 1; NaN gives 1e-6
  * @param[in] df1 degrees of freedom of the numerator, at least 1
@@ -1229,6 +1249,14 @@ FATHOM_API AnalysisStatus InvF_Dist(double p, int32_t df1, int32_t df2, double* 
  * p = 1 - 2 (0.3989422 exp(-x/2) (x^(1/2) + x^(3/2)/3 + x^(5/2)/(3 5) + ...) + q) with (df - 1)/2
  * terms and q the upper tail of N_Dist at sqrt(x).
  *
+ * Error: at most 8.9e-16 for even df; for odd df, as q has the error of N_Dist, 2.3e-5 (at
+ * x = 0.29, df = 1) and 1.6 % of p down to p = 0.001 (at x = 0.24, df = 5). p can come out as far
+ * below 0. These hold while no power of x in the sum exceeds 1.8e308: for x to 10000 and df to 155,
+ * for x to df + 4 and df to 257. Beyond, p is minus infinity or NaN. The time is bounded.
+ *
+ * Source: M. Abramowitz and I. A. Stegun, Handbook of Mathematical Functions, 1964, 26.4.4 and
+ * 26.4.5.
+ *
  * @param[in] x any value
  * @param[in] df degrees of freedom, at least 1
  * @param[out] p the probability
@@ -1239,6 +1267,11 @@ FATHOM_API AnalysisStatus XX_Dist(double x, int32_t df, double* p);
 /**
  * Inverse of XX_Dist, found by bisection of [0, 10000] to a width of at most 1e-4: the lower end of
  * the last interval. Quantiles above 10000 give the interval's upper end.
+ *
+ * Error: at most 7.5e-5, the width of the last interval, for even df to 200. For odd df that of
+ * XX_Dist is added: 0.084 (at p = 0.0001, df = 19) or 14 % of x (at p = 0.0001, df = 3) for df to
+ * 201 and p from 0.0001. From df = 202 on, a step meets a sum that has overflowed, and the result
+ * is no quantile.
  *
  * @param[in] p probability, above 0 and below 1; NaN gives 0
  * @param[in] df degrees of freedom, at least 1
