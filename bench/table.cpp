@@ -240,6 +240,7 @@ int main(int argc, char** argv) {
   fathom::bench::addArrayRows();
   fathom::bench::addArrayComplexRows();
   fathom::bench::addStatsRows();
+  fathom::bench::addDistributionRows();
   fathom::bench::addGenerateRows();
   fathom::bench::addWindowRows();
   fathom::bench::addSpectralRows();

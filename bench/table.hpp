@@ -42,6 +42,7 @@ void leaveOut(const std::string& peer, const std::string& work);
 void addArrayRows();
 void addArrayComplexRows();
 void addStatsRows();
+void addDistributionRows();
 void addGenerateRows();
 void addWindowRows();
 void addSpectralRows();
