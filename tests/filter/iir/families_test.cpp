@@ -126,8 +126,9 @@ void forEveryDesign(std::initializer_list<double> lows, Visit visit) {
     for (int32_t type : {FATHOM_LOWPASS, FATHOM_HIGHPASS, FATHOM_BANDPASS, FATHOM_BANDSTOP}) {
       for (int32_t order = 1; order <= 12; ++order) {
         for (double low : lows) {
+          const double high = type < FATHOM_BANDPASS ? kNan : low + 0.4 * (0.5 - low);
           for (const auto& [ripple, attenuation] : f.levels)
-            visit(f, Wanted{type, order, low, low + 0.4 * (0.5 - low), ripple, attenuation});
+            visit(f, Wanted{type, order, low, high, ripple, attenuation});
         }
       }
     }
@@ -245,6 +246,10 @@ TEST(IirFamilies, FaultsAreReportedInEachFamilysOrder) {
         EXPECT_EQ(once(c, a.data(), b.data()), low > 0.5 ? FATHOM_ERR_NYQUIST : FATHOM_OK);
       }
     }
+    // Families without ripples put an edge above the cutoff for every type below bandpass.
+    const bool every = f.levels.front() == std::pair(0.0, 0.0);
+    EXPECT_EQ(f.direct({{-1, 3, 0.1, kNan, 1, 60}}, a.data(), b.data()),
+              every ? FATHOM_ERR_SELECTION : FATHOM_ERR_BAND);
     std::ranges::fill(a, 7.0);  // nothing is designed for other types
     EXPECT_EQ(byRecord({{4, 3, 0.1, 0.4, 1, 60}}, a.data(), a.data()), FATHOM_OK) << f.name;
     EXPECT_TRUE(SameBits(a, Values(25, 7.0)));
