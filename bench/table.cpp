@@ -246,6 +246,7 @@ int main(int argc, char** argv) {
   fathom::bench::addSpectralRows();
   fathom::bench::addConvolveRows();
   fathom::bench::addUnitsRows();
+  fathom::bench::addLinalgRows();
   fathom::bench::addFilterRows();
   fathom::bench::TableReporter table;
   benchmark::RunSpecifiedBenchmarks(&table);

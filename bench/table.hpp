@@ -48,6 +48,7 @@ void addWindowRows();
 void addSpectralRows();
 void addConvolveRows();
 void addUnitsRows();
+void addLinalgRows();
 void addFilterRows();
 
 using Array = std::shared_ptr<std::vector<double>>;
