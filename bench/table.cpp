@@ -245,6 +245,7 @@ int main(int argc, char** argv) {
   fathom::bench::addWindowRows();
   fathom::bench::addSpectralRows();
   fathom::bench::addConvolveRows();
+  fathom::bench::addFirRows();
   fathom::bench::addUnitsRows();
   fathom::bench::addLinalgRows();
   fathom::bench::addFilterRows();

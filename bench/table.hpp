@@ -47,6 +47,7 @@ void addGenerateRows();
 void addWindowRows();
 void addSpectralRows();
 void addConvolveRows();
+void addFirRows();
 void addUnitsRows();
 void addLinalgRows();
 void addFilterRows();
