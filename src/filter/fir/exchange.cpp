@@ -238,7 +238,7 @@ void makeGrid(const FirBands& bands, int32_t n, DenseGrid& grid) {
     put(count - 1, band, upper);
   }
   const bool vanishes = vanishesAtHalf(bands.symmetric(), n);
-  if (vanishes && grid.f[count - 1] > 0.5 - step) --count;
+  if (vanishes && count > 0 && grid.f[count - 1] > 0.5 - step) --count;
   grid.count = count;
 }
 
@@ -304,8 +304,9 @@ void evaluate(const Interpolant& p, const double* x, std::size_t points, double*
                 value);
   for (std::size_t i = 0; i < points; ++i) {
     if (isFinite(value[i])) continue;
-    const double* node = std::find(p.x.data(), p.x.data() + p.count, x[i]);
-    if (node != p.x.data() + p.count) value[i] = p.y[static_cast<std::size_t>(node - p.x.data())];
+    std::size_t k = 0;
+    while (k < p.count && p.x[k] != x[i]) ++k;
+    if (k < p.count) value[i] = p.y[k];
   }
 }
 
@@ -416,6 +417,7 @@ void impulseResponse(const double* a, int32_t terms, bool symmetric, int32_t n, 
 
 AnalysisStatus equirippleDesign(const FirBands& bands, int32_t n, double* h, double* deviation) {
   const int32_t terms = cosineTerms(bands, n);
+  if (terms < 1) return FATHOM_ERR_FILTER_DESIGN;
   const auto seriesTerms = static_cast<std::size_t>(terms);
   const std::size_t count = seriesTerms + 1;  // of extremal frequencies
   const std::size_t capacity = gridCapacity(bands, terms);
