@@ -126,6 +126,12 @@ enum FathomNorm {
   FATHOM_NORM_INFINITY = 3   /**< largest sum of magnitudes over a row */
 };
 
+/** What the eigenvalue routines compute. */
+enum FathomEigen {
+  FATHOM_EIGEN_VALUES = 0, /**< eigenvalues only; the array of vectors is not used */
+  FATHOM_EIGEN_VECTORS = 1 /**< eigenvalues and eigenvectors */
+};
+
 /** What SpectrumUnitConversion is given. Any other value is FATHOM_SPECTRUM_AMPLITUDE. */
 enum FathomSpectrumKind {
   FATHOM_SPECTRUM_POWER = 0,     /**< mean squares, as from AutoPowerSpectrum */
@@ -3563,11 +3569,10 @@ FATHOM_API AnalysisStatus CxSpecialMatrix(int32_t type, int32_t size, const Comp
 
 /** What GenLinEqs, GenInvMatrix, GenDeterminant and their complex forms may take a matrix for. */
 enum FathomMatrixType {
-  FATHOM_MATRIX_GENERAL = 0,
-  FATHOM_MATRIX_POSITIVE_DEFINITE =
-      1, /**< symmetric or Hermitian; only the lower triangle is read */
-  FATHOM_MATRIX_LOWER_TRIANGULAR = 2, /**< only the lower triangle is read */
-  FATHOM_MATRIX_UPPER_TRIANGULAR = 3  /**< only the upper triangle is read */
+  FATHOM_GENERAL = 0,
+  FATHOM_POSITIVE_DEFINITE = 1, /**< symmetric or Hermitian; the lower triangle is read */
+  FATHOM_LOWER_TRIANGULAR = 2,  /**< the lower triangle is read */
+  FATHOM_UPPER_TRIANGULAR = 3   /**< the upper triangle is read */
 };
 
 /**
@@ -3670,7 +3675,7 @@ FATHOM_API AnalysisStatus Determinant(const double* a, int32_t n, double* det);
  *
  * @param[in] a m x n matrix
  * @param[in] m rows, at least 1
- * @param[in] n columns, at least 1; for all types but FATHOM_MATRIX_GENERAL, m
+ * @param[in] n columns, at least 1; for all types but FATHOM_GENERAL, m
  * @param[in] b m values
  * @param[in] type a FathomMatrixType
  * @param[out] x n values
@@ -3752,7 +3757,7 @@ FATHOM_API AnalysisStatus CxDeterminant(const ComplexNum* a, int32_t n, int32_t 
  *
  * @param[in] a m x n matrix
  * @param[in] m rows, at least 1
- * @param[in] n columns, at least 1; for all types but FATHOM_MATRIX_GENERAL, m
+ * @param[in] n columns, at least 1; for all types but FATHOM_GENERAL, m
  * @param[in] b m values
  * @param[in] type a FathomMatrixType
  * @param[out] x n values
@@ -3838,6 +3843,41 @@ FATHOM_API AnalysisStatus CheckPosDef(const double* a, int32_t n, int32_t* posit
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_MEMORY
  */
 FATHOM_API AnalysisStatus CxCheckPosDef(const ComplexNum* a, int32_t n, int32_t* positiveDefinite);
+
+/**
+ * QR factorisation A = Q R: Q orthogonal, R upper trapezoidal.
+ *
+ * Householder reflections from the left. R's diagonal may have either sign; a column that is
+ * already zero below the diagonal is left as it is. Source: A. S. Householder, "Unitary
+ * triangularization of a nonsymmetric matrix", Journal of the ACM, 1958; P. Businger and G. H.
+ * Golub, "Linear least squares solutions by Householder transformations", Numerische Mathematik,
+ * 1965.
+ *
+ * In place: no.
+ *
+ * @param[in] a m x n matrix A
+ * @param[in] m number of rows, at least 1
+ * @param[in] n number of columns, at least 1
+ * @param[out] q m x m matrix Q
+ * @param[out] r m x n matrix R, with zeros below its diagonal
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if m < 1 or n < 1; FATHOM_ERR_MEMORY
+ */
+FATHOM_API AnalysisStatus QR(const double* a, int32_t m, int32_t n, double* q, double* r);
+
+/**
+ * QR factorisation A = Q R of a complex matrix, as QR: Q is unitary, and the diagonal of R real.
+ *
+ * In place: no.
+ *
+ * @param[in] a m x n matrix A
+ * @param[in] m number of rows, at least 1
+ * @param[in] n number of columns, at least 1
+ * @param[out] q m x m matrix Q
+ * @param[out] r m x n matrix R, with zeros below its diagonal
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if m < 1 or n < 1; FATHOM_ERR_MEMORY
+ */
+FATHOM_API AnalysisStatus CxQR(const ComplexNum* a, int32_t m, int32_t n, ComplexNum* q,
+                               ComplexNum* r);
 
 /* ---- Singular values (src/linalg/svd.cpp, svd_derived.cpp) ---------------------------------- */
 
@@ -3998,6 +4038,80 @@ FATHOM_API AnalysisStatus CxMatrixNorm(const ComplexNum* a, int32_t m, int32_t n
                                        double* norm);
 
 /* ---- Eigenvalues (src/linalg/eigen_symmetric.cpp, eigen_general.cpp, eigen_complex.cpp) ----- */
+
+/**
+ * Eigenvalues and eigenvectors A v = lambda v of a symmetric matrix.
+ *
+ * Householder reflections make the matrix tridiagonal, and implicitly shifted QL sweeps make that
+ * diagonal. The eigenvectors are orthogonal; each has unit length, and the element of largest
+ * magnitude, the first of equal ones, is positive. The eigenvalues have the same bits with and
+ * without vectors. Source: R. S. Martin, C. Reinsch and J. H. Wilkinson, "Householder's
+ * tridiagonalization of a symmetric matrix", Numerische Mathematik, 1968; A. Dubrulle, R. S. Martin
+ * and J. H. Wilkinson, "The implicit QL algorithm", Numerische Mathematik, 1968; both in J. H.
+ * Wilkinson and C. Reinsch, "Linear Algebra", Springer, 1971.
+ *
+ * In place: `vectors` may be `a`.
+ *
+ * @param[in] a n x n matrix; only the lower triangle is read
+ * @param[in] n rows and columns, at least 1
+ * @param[in] option a FathomEigen
+ * @param[out] values n eigenvalues, from the smallest up
+ * @param[out] vectors n x n matrix; column j is the eigenvector of values[j]. May be null for
+ *             FATHOM_EIGEN_VALUES
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_SELECTION if option is not a
+ *         FathomEigen; FATHOM_ERR_MEMORY; FATHOM_ERR_ITERATIONS if the eigenvalues do not converge
+ *         in 30 n sweeps, or an element is infinite or NaN, with nothing written
+ */
+FATHOM_API AnalysisStatus SymEigenValueVector(const double* a, int32_t n, int32_t option,
+                                              double* values, double* vectors);
+
+/**
+ * Eigenvalues and eigenvectors A v = lambda v of a general matrix.
+ *
+ * The matrix is balanced by permutations and powers of two, reduced to Hessenberg form by
+ * Householder reflections, and that to a quasi-triangular form by QR sweeps with two implicit
+ * shifts; back substitution gives the vectors. Each has unit length, sqrt(sum |v[i]|^2) = 1, and
+ * the element of largest magnitude, the first of equal ones, is real and positive. The vectors of a
+ * defective matrix are parallel, or nearly so. Source: B. N. Parlett and C. Reinsch, "Balancing a
+ * matrix for calculation of eigenvalues and eigenvectors", Numerische Mathematik, 1969; R. S.
+ * Martin and J. H. Wilkinson, "Similarity reduction of a general matrix to Hessenberg form",
+ * Numerische Mathematik, 1968; G. Peters and J. H. Wilkinson, "Eigenvectors of real and complex
+ * matrices by LR and QR triangularizations", Numerische Mathematik, 1970; B. T. Smith et al.,
+ * "Matrix Eigensystem Routines: EISPACK Guide", Springer, 1976.
+ *
+ * @param[in] a n x n matrix
+ * @param[in] n rows and columns, at least 1
+ * @param[in] option a FathomEigen
+ * @param[out] values n eigenvalues, in no particular order, but that conjugate ones are neighbours,
+ *             the one with positive imaginary part first. With vectors they may have other bits
+ *             than without
+ * @param[out] vectors n x n matrix; column j is the eigenvector of values[j], and that of a
+ *             conjugate eigenvalue is the conjugate one. May be null for FATHOM_EIGEN_VALUES
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_SELECTION if option is not a
+ *         FathomEigen; FATHOM_ERR_MEMORY; FATHOM_ERR_ITERATIONS if the eigenvalues do not converge
+ *         in 30 n sweeps, or an element is infinite or NaN, with nothing written
+ */
+FATHOM_API AnalysisStatus GenEigenValueVector(const double* a, int32_t n, int32_t option,
+                                              ComplexNum* values, ComplexNum* vectors);
+
+/**
+ * Eigenvalues and eigenvectors A v = lambda v of a complex matrix, as GenEigenValueVector, but with
+ * one shift in each sweep, to a triangular form.
+ *
+ * In place: `vectors` may be `a`.
+ *
+ * @param[in] a n x n matrix
+ * @param[in] n rows and columns, at least 1
+ * @param[in] option a FathomEigen
+ * @param[out] values n eigenvalues, in no particular order
+ * @param[out] vectors n x n matrix; column j is the eigenvector of values[j]. May be null for
+ *             FATHOM_EIGEN_VALUES
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_SELECTION if option is not a
+ *         FathomEigen; FATHOM_ERR_MEMORY; FATHOM_ERR_ITERATIONS if the eigenvalues do not converge
+ *         in 30 n sweeps, or an element is infinite or NaN, with nothing written
+ */
+FATHOM_API AnalysisStatus CxEigenValueVector(const ComplexNum* a, int32_t n, int32_t option,
+                                             ComplexNum* values, ComplexNum* vectors);
 
 #ifdef __cplusplus
 }

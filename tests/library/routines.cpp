@@ -115,8 +115,23 @@ Routine peakDetector() {
 }
 
 // It has written coefficients, or a deviation, when a request fails.
-Routine writesFirst(Routine r) {
+Routine writesFirst(Routine r, std::vector<AnalysisStatus> failedRequests = {}) {
   r.writesBeforeFailure = true;
+  r.failedRequests = std::move(failedRequests);
+  return r;
+}
+
+// For its call, the matrix in the first argument gets a diagonal that outweighs the rest.
+Routine heavyDiagonal(Routine r, std::size_t parts) {
+  const auto call = [inner = r.call, parts](Slots& s) {
+    const auto n = static_cast<std::size_t>(std::max(s[1].integer, 0));
+    const std::vector<double> before = s[0].reals;
+    for (std::size_t i = 0; i < n; ++i) s[0].as<double*>()[parts * (i * n + i)] += 48.0;
+    const AnalysisStatus status = inner(s);
+    s[0].reals = before;
+    return status;
+  };
+  r.call = call;
   return r;
 }
 
@@ -450,6 +465,39 @@ const std::vector<Routine>& routines() {
                              choice(32), out(), out())),
       writesFirst(ELEMENTARY(EquiRpl_BSF, real(1), real(0.1), real(0.15), real(0.2), real(0.26),
                              choice(31), out(), out())),
+      // linalg
+      ROUTINE(MatrixMul, in(), in(), side(), side(), side(), out()),
+      ROUTINE(Transpose, in(), side(), side(), out()),
+      ROUTINE(Trace, in(), side(), out()),
+      ROUTINE(DotProduct, in(), in(), count(), out()),
+      ROUTINE(OuterProduct, in(), side(), in(), side(), out()),
+      ROUTINE(CxMatrixMul, in(), in(), side(), side(), side(), out()),
+      ROUTINE(CxTranspose, in(), side(), side(), out()),
+      ROUTINE(CxTrace, in(), side(), side(), out()),
+      ROUTINE(CxDotProduct, in(), in(), count(), out()),
+      ROUTINE(CxOuterProduct, in(), side(), in(), side(), out()),
+      ROUTINE(SpecialMatrix, choice(FATHOM_MATRIX_TOEPLITZ), choice(1), in(), side(), in(), side(),
+              out()),
+      ROUTINE(CxSpecialMatrix, choice(FATHOM_MATRIX_TOEPLITZ), choice(1), in(), side(), in(),
+              side(), out()),
+      writesFirst(ROUTINE(LU, inOut(), side(), out(), out()), {FATHOM_OK}),  // does without memory
+      ROUTINE(ForwSub, in(), in(), side(), out(), levels(48)),
+      ROUTINE(BackSub, in(), in(), side(), out()),
+      ROUTINE(LinEqs, in(), in(), side(), out()),
+      ROUTINE(InvMatrix, in(), side(), out()),
+      ROUTINE(Determinant, in(), side(), out()),
+      ROUTINE(GenLinEqs, in(), side(), side(), in(), choice(FATHOM_GENERAL), out()),
+      writesFirst(ROUTINE(GenInvMatrix, in(), side(), choice(FATHOM_GENERAL), out()),
+                  {FATHOM_ERR_MEMORY, FATHOM_OK}),
+      ROUTINE(GenDeterminant, in(), side(), choice(FATHOM_GENERAL), reset()),
+      ROUTINE(CxLU, inOut(), side(), out(), out()),
+      ROUTINE(CxDeterminant, in(), side(), choice(FATHOM_GENERAL), reset()),
+      ROUTINE(CxGenLinEqs, in(), side(), side(), in(), choice(FATHOM_GENERAL), out()),
+      writesFirst(ROUTINE(CxGenInvMatrix, in(), side(), choice(FATHOM_GENERAL), out())),
+      heavyDiagonal(ROUTINE(Cholesky, in(), side(), out()), 1),
+      heavyDiagonal(ROUTINE(CxCholesky, in(), side(), out()), 2),
+      ROUTINE(CheckPosDef, in(), side(), out()),
+      ROUTINE(CxCheckPosDef, in(), side(), out()),
       ROUTINE(SVD, inOut(), side(), side(), out(), out(), out()),
       ROUTINE(CxSVD, in(), side(), side(), out(), out(), out()),
       ROUTINE(SVDS, in(), side(), side(), out()),
