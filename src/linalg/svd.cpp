@@ -4,15 +4,16 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <utility>
 
 #include "array/matrix_size.hpp"
 #include "fathom.h"
 #include "frame/elementary.hpp"
+#include "frame/lanes.hpp"
 #include "frame/multiversion.hpp"
 #include "frame/workspace.hpp"
 #include "linalg/element.hpp"
+#include "linalg/tile.hpp"
 
 namespace fathom {
 namespace {
@@ -27,6 +28,9 @@ FATHOM_INLINE double size(double x) {
 FATHOM_INLINE double size(ComplexNum x) {
   return fabs(x.real) + fabs(x.imaginary);
 }
+
+template <typename Element>
+constexpr std::size_t partsOf = sizeof(Element) / sizeof(double);
 
 // Part of a matrix stored row after row.
 template <typename Element>
@@ -76,33 +80,86 @@ FATHOM_INLINE void addProductOf(Block<Element> a, const Element* y, const Elemen
   }
 }
 
-// sums[k] = A(k, 0) conj(r[0]) + A(k, 1) conj(r[1]) + ... for `count` rows.
-template <std::size_t count, typename Element>
+// sums[k] = A(k, 0) conj(r[0]) + A(k, 1) conj(r[1]) + ... for `groups` vectors of rows: their lanes
+// are rows, for which squares of the matrix are transposed on the way.
+template <std::size_t bytes, std::size_t groups, typename Element>
 FATHOM_INLINE void rowSumsOf(Block<Element> a, const Element* r, Element* sums) {
-  Element sum[count] = {};
-  for (std::size_t j = 0; j < a.columns; ++j) {
-    const Element rj = conjugate(r[j]);
-    for (std::size_t k = 0; k < count; ++k) sum[k] = sum[k] + a.first[k * a.stride + j] * rj;
+  constexpr std::size_t kLanes = kLanesOf<bytes>, kParts = partsOf<Element>;
+  const std::size_t stride = a.stride * kParts, length = a.columns * kParts;
+  const double* first = reinterpret_cast<const double*>(a.first);
+  const double* factors = reinterpret_cast<const double*>(r);
+  Lanes<bytes> sum[groups][kParts] = {};
+  double square[groups][kLanes * kLanes] = {};
+  std::size_t j = 0;
+  const auto take = [&](std::size_t count) __attribute__((always_inline)) {
+    FATHOM_UNROLL
+    for (std::size_t k = 0; k < count; k += kParts) {
+      FATHOM_UNROLL
+      for (std::size_t g = 0; g < groups; ++g) {
+        Lanes<bytes> x[kParts];
+        FATHOM_UNROLL
+        for (std::size_t p = 0; p < kParts; ++p) load(x[p], square[g] + (k + p) * kLanes);
+        if constexpr (kParts == 1) {
+          sum[g][0] = sum[g][0] + x[0] * factors[j + k];
+        } else {
+          const double re = factors[j + k], im = factors[j + k + 1];
+          sum[g][0] = sum[g][0] + (x[0] * re + x[1] * im);
+          sum[g][1] = sum[g][1] + (x[1] * re - x[0] * im);
+        }
+      }
+    }
+  };
+  for (; j + kLanes <= length; j += kLanes) {
+    FATHOM_UNROLL
+    for (std::size_t g = 0; g < groups; ++g) {
+      transposeSquare<bytes, 1>(first + g * kLanes * stride + j, stride, square[g], kLanes);
+    }
+    take(kLanes);
   }
-  std::copy_n(sum, count, sums);
+  for (std::size_t g = 0; g < groups; ++g) {
+    for (std::size_t k = 0; k < length - j; ++k) {
+      for (std::size_t i = 0; i < kLanes; ++i) {
+        square[g][k * kLanes + i] = first[(g * kLanes + i) * stride + j + k];
+      }
+    }
+  }
+  take(length - j);
+  for (std::size_t g = 0; g < groups; ++g) {
+    for (std::size_t i = 0; i < kLanes; ++i) {
+      for (std::size_t p = 0; p < kParts; ++p) {
+        reinterpret_cast<double*>(sums)[(g * kLanes + i) * kParts + p] = sum[g][p][i];
+      }
+    }
+  }
+}
+
+template <typename Element>
+FATHOM_INLINE Element rowSum(const Element* a, const Element* r, std::size_t n) {
+  Element sum = {};
+  for (std::size_t j = 0; j < n; ++j) sum = sum + a[j] * conjugate(r[j]);
+  return sum;
 }
 
 // To each row in turn: the column reflection's f[j] v[k] is added where there is one, then the row
 // reflection's sum of A(k, j) conj(r[j]) times t[j].
-template <typename Element>
+template <std::size_t bytes, typename Element>
 FATHOM_INLINE void reflectOf(Block<Element> a, const Element* v, const Element* f, const Element* r,
                              const Element* t) {
-  constexpr std::size_t kRows = 8;
+  constexpr std::size_t kLanes = kLanesOf<bytes>, kRows = 2 * kLanes;
   for (std::size_t k = 0; k < a.rows; k += kRows) {
     const Block<Element> rows = {a.row(k), a.stride, std::min(kRows, a.rows - k), a.columns};
     if (f != nullptr) addProductOf(rows, v + k, f);
     if (r == nullptr) continue;
     Element sums[kRows];
+    std::size_t i = 0;
     if (rows.rows == kRows) {
-      rowSumsOf<kRows>(rows, r, sums);
-    } else {
-      for (std::size_t i = 0; i < rows.rows; ++i) rowSumsOf<1>(rows.from(i, 0), r, sums + i);
+      rowSumsOf<bytes, 2>(rows, r, sums);
+      i = kRows;
+    } else if (rows.rows >= kLanes) {
+      rowSumsOf<bytes, 1>(rows, r, sums);
+      i = kLanes;
     }
+    for (; i < rows.rows; ++i) sums[i] = rowSum(rows.row(i), r, rows.columns);
     addProductOf(rows, sums, t);
   }
 }
@@ -119,17 +176,19 @@ FATHOM_MULTIVERSION void addProduct(Block<double> a, const double* y, const doub
 FATHOM_MULTIVERSION void addProduct(Block<ComplexNum> a, const ComplexNum* y, const ComplexNum* f) {
   addProductOf(a, y, f);
 }
-FATHOM_MULTIVERSION void reflect(Block<double> a, const double* v, const double* f, const double* r,
-                                 const double* t) {
-  reflectOf(a, v, f, r, t);
-}
-FATHOM_MULTIVERSION void reflect(Block<ComplexNum> a, const ComplexNum* v, const ComplexNum* f,
-                                 const ComplexNum* r, const ComplexNum* t) {
-  reflectOf(a, v, f, r, t);
-}
+FATHOM_BY_WIDTH(reflect,
+                (Block<double> a, const double* v, const double* f, const double* r,
+                 const double* t),
+                (a, v, f, r, t))
+FATHOM_BY_WIDTH(reflect,
+                (Block<ComplexNum> a, const ComplexNum* v, const ComplexNum* f, const ComplexNum* r,
+                 const ComplexNum* t),
+                (a, v, f, r, t))
 
-// sqrt(a^2 + b^2) without overflow of the squares.
+// sqrt(a^2 + b^2), by way of the quotient where the squares could overflow or lose digits.
 double hypotenuse(double a, double b) {
+  const double sum = a * a + b * b;
+  if (sum > 0x1p-900 && sum < 0x1p1000) return sqrt(sum);
   const double p = std::max(fabs(a), fabs(b));
   if (p == 0.0) return 0.0;
   const double q = std::min(fabs(a), fabs(b)) / p;
@@ -259,31 +318,107 @@ struct Rotation {
   std::int32_t z;
 };
 
+constexpr std::size_t kTileRows = 32;  // real ones: half as many complex rows
+
 FATHOM_INLINE void rotate(double& x, double& z, double cosine, double sine) {
   const double turned = rounded(x * cosine) + rounded(z * sine);
   z = rounded(z * cosine) - rounded(x * sine);
   x = turned;
 }
 
-constexpr std::size_t kTileRows = 32;  // real ones: half as many complex rows
-
-FATHOM_MULTIVERSION void rotateTile(double* tile, const Rotation* rotations, std::size_t count) {
+// Applies the rotations to `vectors` vectors of each column of a tile. As a rule, the second column
+// of one is the first of the next, and stays in registers.
+template <std::size_t bytes, std::size_t vectors>
+FATHOM_INLINE void rotateTile(double* tile, const Rotation* rotations, std::size_t count) {
+  constexpr std::size_t kLanes = kLanesOf<bytes>;
+  const auto column = [tile](std::int32_t j) {
+    return tile + static_cast<std::size_t>(j) * kTileRows;
+  };
+  double* held = column(rotations[0].x);
+  Lanes<bytes> x[vectors];
+  FATHOM_UNROLL
+  for (std::size_t v = 0; v < vectors; ++v) load(x[v], held + v * kLanes);
   for (std::size_t i = 0; i < count; ++i) {
     const double c = rotations[i].cosine, s = rotations[i].sine;
-    double* p = tile + static_cast<std::size_t>(rotations[i].x) * kTileRows;
-    double* q = tile + static_cast<std::size_t>(rotations[i].z) * kTileRows;
-    FATHOM_INDEPENDENT
-    for (std::size_t k = 0; k < kTileRows; ++k) {
-      rotate(p[k], q[k], c, s);
+    double *p = column(rotations[i].x), *q = column(rotations[i].z);
+    if (p != held) {
+      FATHOM_UNROLL
+      for (std::size_t v = 0; v < vectors; ++v) {
+        store(held + v * kLanes, x[v]);
+        load(x[v], p + v * kLanes);
+      }
+    }
+    FATHOM_UNROLL
+    for (std::size_t v = 0; v < vectors; ++v) {
+      Lanes<bytes> z;
+      load(z, q + v * kLanes);
+      store(p + v * kLanes, x[v] * c + z * s);
+      x[v] = z * c - x[v] * s;
+    }
+    held = q;
+  }
+  FATHOM_UNROLL
+  for (std::size_t v = 0; v < vectors; ++v) store(held + v * kLanes, x[v]);
+}
+
+// Applies the rotations to `rows` rows of `length` doubles, through a tile that holds them column
+// after column. The tile has `height` rows,
+// half as many for complex elements, whose parts are columns of their own.
+template <std::size_t bytes>
+FATHOM_INLINE void rotateRowsOf(double* a, std::size_t stride, std::size_t length, std::size_t rows,
+                                std::size_t height, double* tile, const Rotation* rotations,
+                                std::size_t count) {
+  constexpr std::size_t kLanes = kLanesOf<bytes>;
+  const auto transfer = [&](bool toTile) __attribute__((always_inline)) {
+    for (std::size_t j = 0; j < length; j += kLanes) {
+      const std::size_t columns = std::min(kLanes, length - j);
+      for (std::size_t i = 0; i < rows; i += kLanes) {
+        double *x = a + i * stride + j, *y = tile + j * height + i;
+        if (columns == kLanes && i + kLanes <= rows) {
+          if (toTile) {
+            transposeSquare<bytes, 1>(x, stride, y, height);
+          } else {
+            transposeSquare<bytes, 1>(y, height, x, stride);
+          }
+          continue;
+        }
+        for (std::size_t p = 0; p < std::min(kLanes, rows - i); ++p) {
+          for (std::size_t q = 0; q < columns; ++q) {
+            double &from = x[p * stride + q], &to = y[q * height + p];
+            if (toTile) {
+              to = from;
+            } else {
+              from = to;
+            }
+          }
+        }
+      }
+    }
+  };
+  if (rows < height) std::fill_n(tile, length * height, 0.0);
+  transfer(true);
+  const std::size_t filled = height == kTileRows ? rows : kTileRows;
+  for (std::size_t i = 0; i < filled;) {
+    if (i + 4 * kLanes <= kTileRows && filled > i + 2 * kLanes) {
+      rotateTile<bytes, 4>(tile + i, rotations, count);
+      i += 4 * kLanes;
+    } else {
+      rotateTile<bytes, 1>(tile + i, rotations, count);
+      i += kLanes;
     }
   }
+  transfer(false);
 }
+
+FATHOM_BY_WIDTH(rotateRows,
+                (double* a, std::size_t stride, std::size_t length, std::size_t rows,
+                 std::size_t height, double* tile, const Rotation* rotations, std::size_t count),
+                (a, stride, length, rows, height, tile, rotations, count))
 
 // Rotations of a matrix's columns, gathered until they are worth a walk over its rows.
 template <typename Element>
 class Rotations {
  public:
-  static constexpr std::size_t kParts = sizeof(Element) / sizeof(double);
   static std::size_t capacityFor(std::size_t columns) {
     return 16 * std::min<std::size_t>(columns, 4096);
   }
@@ -297,36 +432,16 @@ class Rotations {
   }
 
   void apply() {
-    constexpr std::size_t kRows = kTileRows / kParts;
+    constexpr std::size_t kParts = partsOf<Element>, kRows = kTileRows / kParts;
     for (std::size_t i = 0; i < matrix_.rows && count_ > 0; i += kRows) {
-      const std::size_t rows = std::min(kRows, matrix_.rows - i);
-      transfer<true>(i, rows);
-      rotateTile(tile_, list_, count_);
-      transfer<false>(i, rows);
+      rotateRows(reinterpret_cast<double*>(matrix_.row(i)), matrix_.stride * kParts,
+                 matrix_.columns * kParts, std::min(kRows, matrix_.rows - i), kRows, tile_, list_,
+                 count_);
     }
     count_ = 0;
   }
 
  private:
-  // Copies rows to the tile, one column of it after the other, or back.
-  template <bool toTile>
-  void transfer(std::size_t first, std::size_t rows) {
-    if (toTile && rows < kTileRows / kParts) {
-      std::fill_n(tile_, matrix_.columns * kTileRows, 0.0);
-    }
-    for (std::size_t j = 0; j < matrix_.columns; ++j) {
-      for (std::size_t k = 0; k < rows; ++k) {
-        Element& x = matrix_.row(first + k)[j];
-        double* y = tile_ + j * kTileRows + k * kParts;
-        if constexpr (toTile) {
-          std::memcpy(y, &x, sizeof x);
-        } else {
-          std::memcpy(&x, y, sizeof x);
-        }
-      }
-    }
-  }
-
   Block<Element> matrix_;
   Rotation* list_;
   double* tile_;
