@@ -4037,6 +4037,37 @@ FATHOM_API AnalysisStatus MatrixNorm(const double* a, int32_t m, int32_t n, int3
 FATHOM_API AnalysisStatus CxMatrixNorm(const ComplexNum* a, int32_t m, int32_t n, int32_t type,
                                        double* norm);
 
+/**
+ * Condition number of a matrix: the ratio of its largest and smallest singular value, or the
+ * product of another norm of the matrix and the same norm of its inverse.
+ *
+ * @param[in] a m x n matrix
+ * @param[in] m number of rows, at least 1; for norms other than FATHOM_NORM_2, n
+ * @param[in] n number of columns, at least 1
+ * @param[in] type a FathomNorm
+ * @param[out] cond the condition number; 0 on failure
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if m < 1 or n < 1; FATHOM_ERR_MEMORY;
+ *         FATHOM_ERR_SELECTION if type is not a FathomNorm; FATHOM_ERR_NOT_SQUARE if m != n and
+ *         type is not FATHOM_NORM_2; for FATHOM_NORM_2 FATHOM_ERR_ITERATIONS as SVDS, and
+ *         FATHOM_ERR_SINGULAR if the smallest singular value is 0 or less than 2^-63 max(m, n)
+ *         times the largest; for the others FATHOM_ERR_SINGULAR as InvMatrix
+ */
+FATHOM_API AnalysisStatus ConditionNumber(const double* a, int32_t m, int32_t n, int32_t type,
+                                          double* cond);
+
+/**
+ * Condition number of a complex matrix, as ConditionNumber, with the inverse of CxGenInvMatrix.
+ *
+ * @param[in] a m x n matrix
+ * @param[in] m number of rows, at least 1; for norms other than FATHOM_NORM_2, n
+ * @param[in] n number of columns, at least 1
+ * @param[in] type a FathomNorm
+ * @param[out] cond the condition number, real; 0 on failure
+ * @return as ConditionNumber, with FATHOM_ERR_SINGULAR as CxGenInvMatrix
+ */
+FATHOM_API AnalysisStatus CxConditionNumber(const ComplexNum* a, int32_t m, int32_t n, int32_t type,
+                                            double* cond);
+
 /* ---- Eigenvalues (src/linalg/eigen_symmetric.cpp, eigen_general.cpp, eigen_complex.cpp) ----- */
 
 /**

@@ -1,4 +1,4 @@
-// What singular values tell of a matrix: pseudo-inverse, rank, norm and condition number.
+// What singular values tell of a matrix: pseudo-inverse, rank, norm, condition number.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -15,6 +15,7 @@ namespace fathom {
 namespace {
 
 constexpr double kEpsilon = 0x1p-52;
+constexpr double kSmallestRatio = 0x1p-63;
 
 AnalysisStatus valuesOf(const double* a, std::int32_t m, std::int32_t n, double* s) {
   return SVDS(a, m, n, s);
@@ -222,6 +223,33 @@ AnalysisStatus matrixNorm(const Element* a, std::int32_t m, std::int32_t n, std:
   }
 }
 
+template <typename Element, typename Invert>
+AnalysisStatus conditionNumber(const Element* a, std::int32_t m, std::int32_t n, std::int32_t type,
+                               double* cond, Invert invert) {
+  *cond = 0.0;
+  if (m < 1 || n < 1) return FATHOM_ERR_NO_SAMPLES;
+  Workspace<Element> work(matrixSize(m, n));
+  if (!work) return FATHOM_ERR_MEMORY;
+  if (type != FATHOM_NORM_2) {
+    if (type < FATHOM_NORM_1 || type > FATHOM_NORM_INFINITY) return FATHOM_ERR_SELECTION;
+    if (m != n) return FATHOM_ERR_NOT_SQUARE;
+    double norm, ofInverse;
+    AnalysisStatus status = matrixNorm(a, n, n, type, &norm);
+    if (status == FATHOM_OK) status = invert(a, n, work.data());
+    if (status == FATHOM_OK) status = matrixNorm(work.data(), n, n, type, &ofInverse);
+    if (status == FATHOM_OK) *cond = norm * ofInverse;
+    return status;
+  }
+  Spectrum spectrum = {};
+  const AnalysisStatus status = spectrumOf(a, m, n, 0.0, work.data(), spectrum);
+  if (status != FATHOM_OK) return status;
+  const double largest = spectrum.largest, smallest = spectrum.smallest;
+  const double bound = fabs(largest) * static_cast<double>(std::max(m, n)) * kSmallestRatio;
+  if (smallest == 0.0 || fabs(smallest) < bound) return FATHOM_ERR_SINGULAR;
+  *cond = largest / smallest;
+  return FATHOM_OK;
+}
+
 }  // namespace
 }  // namespace fathom
 
@@ -248,4 +276,16 @@ AnalysisStatus MatrixNorm(const double* a, int32_t m, int32_t n, int32_t type, d
 
 AnalysisStatus CxMatrixNorm(const ComplexNum* a, int32_t m, int32_t n, int32_t type, double* norm) {
   return fathom::matrixNorm(a, m, n, type, norm);
+}
+
+AnalysisStatus ConditionNumber(const double* a, int32_t m, int32_t n, int32_t type, double* cond) {
+  return fathom::conditionNumber(a, m, n, type, cond, InvMatrix);
+}
+
+AnalysisStatus CxConditionNumber(const ComplexNum* a, int32_t m, int32_t n, int32_t type,
+                                 double* cond) {
+  const auto invert = [](const ComplexNum* x, int32_t size, ComplexNum* inverse) {
+    return CxGenInvMatrix(x, size, FATHOM_GENERAL, inverse);
+  };
+  return fathom::conditionNumber(a, m, n, type, cond, invert);
 }

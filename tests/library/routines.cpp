@@ -508,6 +508,8 @@ const std::vector<Routine>& routines() {
       ROUTINE(CxMatrixRank, in(), side(), side(), real(0.01), reset()),
       ROUTINE(MatrixNorm, in(), side(), side(), choice(0), reset()),
       ROUTINE(CxMatrixNorm, in(), side(), side(), choice(0), reset()),
+      ROUTINE(ConditionNumber, in(), side(), side(), choice(1), reset()),
+      ROUTINE(CxConditionNumber, in(), side(), side(), choice(1), reset()),
   };
   return table;
 }
