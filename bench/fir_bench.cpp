@@ -43,8 +43,9 @@ double remezSeconds(const Exchange& e) {
       std::to_string(e.n) + "," + list(e.edges) + "," + list(e.desired) +
       ",weight=" + list(e.weights) + ",fs=1,grid_density=16,maxiter=99,type='" +
       (e.type == 2 ? "differentiator" : "bandpass") + "')\n b=min(b,t()-s)\nprint(b)\n";
-  for (const std::string python : {"python3", "/usr/bin/python3"}) {
-    std::FILE* pipe = popen((python + " -c \"" + program + "\" 2>/dev/null").c_str(), "r");
+  for (std::string command : {"python3", "/usr/bin/python3"}) {
+    command.append(" -c \"").append(program).append("\" 2>/dev/null");
+    std::FILE* pipe = popen(command.c_str(), "r");
     double seconds = 0.0;
     const bool got = pipe != nullptr && std::fscanf(pipe, "%lf", &seconds) == 1;
     if (pipe != nullptr) pclose(pipe);
@@ -85,7 +86,7 @@ void addFirRows() {
             }});
   }
   for (const std::int32_t n : {101, 1'001, 100'001}) {
-    addRow({"Wind_LPF Hamming", n, "n sin and cos", 1.0 / 1.1, [n]() -> Sides {
+    addRow({"Wind_LPF Hamming", n, "n / 2 sin, n / 2 cos", 1.0 / 1.1, [n]() -> Sides {
               const Array h = constant(n, 0.0);
               const auto sum = std::make_shared<double>();
               return {[=] { return Wind_LPF(1.0, 0.2, n, h->data(), FATHOM_FIR_HAMMING); },
