@@ -204,25 +204,20 @@ TEST(Equiripple, EqualsPublishedDesigns) {
 TEST(Equiripple, StandardFiltersAreTheirBands) {
   using Make = std::function<AnalysisStatus(int32_t, double*, double*)>;
   const double a = 10, b = 14, c = 30, e = 33, fs = 100;
+  const Values two = {0, a, b, 50}, three = {0, a, b, c, e, 50};
   const struct {
     Make make;
     Values edges, desired;
     bool oddOnly;
   } rows[] = {
-      {[=](int32_t n, double* h, double* d) { return EquiRpl_LPF(fs, a, b, n, h, d); },
-       {0, a, b, 50},
-       {1, 0},
-       false},
-      {[=](int32_t n, double* h, double* d) { return EquiRpl_HPF(fs, a, b, n, h, d); },
-       {0, a, b, 50},
-       {0, 1},
-       true},
-      {[=](int32_t n, double* h, double* d) { return EquiRpl_BPF(fs, a, b, c, e, n, h, d); },
-       {0, a, b, c, e, 50},
+      {[=](int n, auto h, auto d) { return EquiRpl_LPF(fs, a, b, n, h, d); }, two, {1, 0}, false},
+      {[=](int n, auto h, auto d) { return EquiRpl_HPF(fs, a, b, n, h, d); }, two, {0, 1}, true},
+      {[=](int n, auto h, auto d) { return EquiRpl_BPF(fs, a, b, c, e, n, h, d); },
+       three,
        {0, 1, 0},
        false},
-      {[=](int32_t n, double* h, double* d) { return EquiRpl_BSF(fs, a, b, c, e, n, h, d); },
-       {0, a, b, c, e, 50},
+      {[=](int n, auto h, auto d) { return EquiRpl_BSF(fs, a, b, c, e, n, h, d); },
+       three,
        {1, 0, 1},
        true},
   };

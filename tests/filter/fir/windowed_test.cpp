@@ -24,30 +24,16 @@ Values plain(int32_t type, double fs, double low, double high, int32_t n) {
 
 AnalysisStatus windowed(int32_t type, double fs, double low, double high, int32_t n, double* h,
                         int32_t window) {
-  switch (type) {
-    case FATHOM_LOWPASS:
-      return Wind_LPF(fs, low, n, h, window);
-    case FATHOM_HIGHPASS:
-      return Wind_HPF(fs, low, n, h, window);
-    case FATHOM_BANDPASS:
-      return Wind_BPF(fs, low, high, n, h, window);
-    default:
-      return Wind_BSF(fs, low, high, n, h, window);
-  }
+  if (type == FATHOM_LOWPASS) return Wind_LPF(fs, low, n, h, window);
+  if (type == FATHOM_HIGHPASS) return Wind_HPF(fs, low, n, h, window);
+  return (type == FATHOM_BANDPASS ? Wind_BPF : Wind_BSF)(fs, low, high, n, h, window);
 }
 
 AnalysisStatus kaiser(int32_t type, double fs, double low, double high, int32_t n, double* h,
                       double beta) {
-  switch (type) {
-    case FATHOM_LOWPASS:
-      return Ksr_LPF(fs, low, n, h, beta);
-    case FATHOM_HIGHPASS:
-      return Ksr_HPF(fs, low, n, h, beta);
-    case FATHOM_BANDPASS:
-      return Ksr_BPF(fs, low, high, n, h, beta);
-    default:
-      return Ksr_BSF(fs, low, high, n, h, beta);
-  }
+  if (type == FATHOM_LOWPASS) return Ksr_LPF(fs, low, n, h, beta);
+  if (type == FATHOM_HIGHPASS) return Ksr_HPF(fs, low, n, h, beta);
+  return (type == FATHOM_BANDPASS ? Ksr_BPF : Ksr_BSF)(fs, low, high, n, h, beta);
 }
 
 TEST(WindowedFir, EqualsTheIdealResponseTimesTheWindow) {
