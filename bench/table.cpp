@@ -248,6 +248,7 @@ int main(int argc, char** argv) {
   fathom::bench::addFirRows();
   fathom::bench::addUnitsRows();
   fathom::bench::addLinalgRows();
+  fathom::bench::addSvdRows();
   fathom::bench::addFilterRows();
   fathom::bench::TableReporter table;
   benchmark::RunSpecifiedBenchmarks(&table);

@@ -50,6 +50,7 @@ void addConvolveRows();
 void addFirRows();
 void addUnitsRows();
 void addLinalgRows();
+void addSvdRows();
 void addFilterRows();
 
 using Array = std::shared_ptr<std::vector<double>>;
