@@ -207,7 +207,7 @@ bool factorCholesky(Element* packed, std::size_t n) {
       column[j] = element<Element>(root);
       note(root);
       for (std::size_t i = j + 1; i < n; ++i) {
-        column[i] = divide(column[i], column[j]);
+        column[i] = divide(column[i], root);
         note(magnitude(column[i]));
       }
       if (j == 0 || root < smallest) smallest = root;
