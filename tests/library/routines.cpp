@@ -498,6 +498,8 @@ const std::vector<Routine>& routines() {
       heavyDiagonal(ROUTINE(CxCholesky, in(), side(), out()), 2),
       ROUTINE(CheckPosDef, in(), side(), out()),
       ROUTINE(CxCheckPosDef, in(), side(), out()),
+      ROUTINE(QR, in(), side(), side(), out(), out()),
+      ROUTINE(CxQR, in(), side(), side(), out(), out()),
       ROUTINE(SVD, inOut(), side(), side(), out(), out(), out()),
       ROUTINE(CxSVD, in(), side(), side(), out(), out(), out()),
       ROUTINE(SVDS, in(), side(), side(), out()),
@@ -508,6 +510,9 @@ const std::vector<Routine>& routines() {
       ROUTINE(CxMatrixRank, in(), side(), side(), real(0.01), reset()),
       ROUTINE(MatrixNorm, in(), side(), side(), choice(0), reset()),
       ROUTINE(CxMatrixNorm, in(), side(), side(), choice(0), reset()),
+      ROUTINE(SymEigenValueVector, in(), side(), choice(1), out(), out()),
+      ROUTINE(GenEigenValueVector, in(), side(), choice(1), out(), out()),
+      ROUTINE(CxEigenValueVector, in(), side(), choice(1), out(), out()),
       ROUTINE(ConditionNumber, in(), side(), side(), choice(1), reset()),
       ROUTINE(CxConditionNumber, in(), side(), side(), choice(1), reset()),
   };

@@ -1,0 +1,61 @@
+// Matrices whose eigenvalues are asked for, brought to a range in which no square of an element
+// overflows, and none that matters underflows.
+#ifndef FATHOM_LINALG_EIGEN_RANGE_HPP
+#define FATHOM_LINALG_EIGEN_RANGE_HPP
+
+#include <limits>
+
+#include "fathom.h"
+#include "frame/elementary.hpp"
+
+namespace fathom {
+
+inline constexpr double kEpsilon = 0x1p-52;
+
+// Finds the power of two to multiply by, from one part after another.
+class EigenRange {
+ public:
+  void add(double x) {
+    const double size = fabs(x);
+    if (size > largest_) largest_ = size;
+    if (!(size < kInfinite)) finite_ = false;
+  }
+  void add(ComplexNum x) {
+    add(x.real);
+    add(x.imaginary);
+  }
+
+  bool finite() const { return finite_; }
+  double factor() const {
+    if (largest_ > 0x1p300) return 0x1p-600;
+    return largest_ < 0x1p-300 && largest_ > 0.0 ? 0x1p600 : 1.0;
+  }
+  double inverse() const { return 1.0 / factor(); }
+
+ private:
+  static constexpr double kInfinite = std::numeric_limits<double>::infinity();
+
+  double largest_ = 0.0;
+  bool finite_ = true;
+};
+
+// An element that couples two diagonal ones whose magnitudes have the sum `neighbours`, so small
+// beside them, or so far below the norm of the matrix, that it counts as zero.
+inline bool negligible(double x, double neighbours, double norm) {
+  return neighbours + fabs(x) == neighbours || fabs(x) <= 0x1p-400 * norm;
+}
+
+// sqrt(a^2 + b^2), with no more care than it needs.
+inline double hypotenuse(double a, double b) {
+  const double sum = a * a + b * b;
+  if (sum > 0x1p-900 && sum < 0x1p1000) return sqrt(sum);
+  const double x = fabs(a), y = fabs(b);
+  const double larger = x > y ? x : y, smaller = x > y ? y : x;
+  if (larger == 0.0) return 0.0;
+  const double ratio = smaller / larger;
+  return larger * sqrt(1.0 + ratio * ratio);
+}
+
+}  // namespace fathom
+
+#endif
