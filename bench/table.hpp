@@ -51,6 +51,7 @@ void addFirRows();
 void addUnitsRows();
 void addLinalgRows();
 void addSvdRows();
+void addLuRows();
 void addFilterRows();
 
 using Array = std::shared_ptr<std::vector<double>>;
