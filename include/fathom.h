@@ -1,9 +1,8 @@
 /*
  * Fathom: numerical analysis routines for measurement, test and signal processing.
  *
- * Every routine works on arrays that the caller owns, writes into arrays and variables that the
- * caller supplies, and returns a status code; GetAnalysisErrorString gives its text. For all of
- * them:
+ * Data and results lie in the caller's memory; what a routine returns is a status code, of which
+ * GetAnalysisErrorString gives the text. For all routines:
  *
  * - Arguments come in one order: input arrays, their counts (rows before columns), scalar
  *   parameters, output arrays, scalar results.
@@ -1412,8 +1411,8 @@ FATHOM_API AnalysisStatus ANOVA3Way(const double* y, const int32_t* levelA, cons
  * after row, of (O - E)^2 / E, where O is the count and E = (row sum) (column sum) / (total).
  *
  * p = 1 - XX_Dist(chi2, (r - 1) (c - 1)), which holds for as many degrees of freedom as XX_Dist
- * does. Where they exceed INT32_MAX, the largest int32_t of the same parity stands for them. A row
- * or column of zeros makes E zero, chi2 NaN, and p, as for no deviation at all, 1.
+ * does. Where they exceed INT32_MAX, the largest int32_t of the same parity stands for them. If all
+ * counts of a row or column are 0, then chi2 is NaN and p, as for no deviation at all, 1.
  *
  * Source: K. Pearson, On the criterion that a given system of deviations ... can be reasonably
  * supposed to have arisen from random sampling, Philosophical Magazine 50, 1900.
@@ -2383,7 +2382,7 @@ FATHOM_API AnalysisStatus PeakDetector(const double* x, int32_t n, double thresh
  *
  * @param[in] type a FathomBand
  * @param[in] order of the lowpass prototype, at least 1; a band filter's transfer function has
- * twice that degree
+ *            twice that degree
  * @return the record, to be released with FreeIIRFilterPtr; null if order < 1, if type is none of
  *         the four, if a count of coefficients does not fit in int32_t, or without memory
  */
@@ -2511,7 +2510,7 @@ FATHOM_API AnalysisStatus Bw_CascadeCoef(double fs, double low, double high, IIR
  * @return FATHOM_OK; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND if low, high or fs is not above
  *         0, or if low is not below high (for lowpass and highpass: the cutoff not below fs / 2);
  *         FATHOM_ERR_NYQUIST if high is above fs / 2; FATHOM_ERR_ARRAY_SIZE if a capacity is below
- * L; FATHOM_ERR_SELECTION if type is not a FathomBand; FATHOM_ERR_MEMORY
+ *         L; FATHOM_ERR_SELECTION if type is not a FathomBand; FATHOM_ERR_MEMORY
  */
 FATHOM_API AnalysisStatus Bw_Coef(int32_t type, int32_t order, double fs, double low, double high,
                                   double* a, int32_t aCapacity, double* b, int32_t bCapacity);
@@ -2567,7 +2566,7 @@ FATHOM_API AnalysisStatus Bw_HPF(const double* x, int32_t n, double fs, double c
  * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
  *         if low, high or fs is not above 0, or if low is not below high; FATHOM_ERR_NYQUIST if
- * high is above fs / 2
+ *         high is above fs / 2
  */
 FATHOM_API AnalysisStatus Bw_BPF(const double* x, int32_t n, double fs, double low, double high,
                                  int32_t order, double* y);
@@ -2587,7 +2586,7 @@ FATHOM_API AnalysisStatus Bw_BPF(const double* x, int32_t n, double fs, double l
  * @param[out] y n samples
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND
  *         if low, high or fs is not above 0, or if low is not below high; FATHOM_ERR_NYQUIST if
- * high is above fs / 2
+ *         high is above fs / 2
  */
 FATHOM_API AnalysisStatus Bw_BSF(const double* x, int32_t n, double fs, double low, double high,
                                  int32_t order, double* y);
@@ -3112,7 +3111,7 @@ FATHOM_API AnalysisStatus Bessel_Coef(int32_t type, int32_t order, double fs, do
  * @return FATHOM_OK; FATHOM_ERR_SELECTION if type is not a FathomBand; FATHOM_ERR_ORDER if n < 1;
  *         FATHOM_ERR_NYQUIST if a cutoff is above fs / 2; FATHOM_ERR_BAND if fs or a cutoff is not
  *         above 0, or low is not below high; FATHOM_ERR_ODD_COEFFICIENTS if n is even for highpass
- * or bandstop
+ *         or bandstop
  */
 FATHOM_API AnalysisStatus FIR_Coef(int32_t type, double fs, double low, double high, int32_t n,
                                    double* h);

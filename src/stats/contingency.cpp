@@ -1,4 +1,4 @@
-// Chi-square test of independence on a table of counts.
+// Pearson's chi-square test: whether the rows and columns of a table are independent.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
