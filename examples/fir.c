@@ -32,7 +32,7 @@ typedef struct Design {
 
 static const Design kTable[kDesigns] = {
     {"five bands",
-     "at graph 0.6, graph 0.95",
+     "at graph 0.6, graph 0.97",
      FATHOM_FIR_MULTIBAND,
      55,
      5,
@@ -110,7 +110,7 @@ static AnalysisStatus putPlot(const char* file, FILE* gnuplot) {
   for (int i = 0; i < kDesigns; ++i) {
     fprintf(gnuplot,
             "set title '%d coefficients: %s'\nset ylabel 'Amplitude'\nset yrange [*:*]\n"
-            "set key %s\n"
+            "set key default\nset key %s\n"
             "plot $data%d using 1:4 with lines lw 5 lc '#f0b060' title 'desired', "
             "$data%d using 1:2 with lines lw 1.5 lc '#1f4e8c' title 'designed'\n"
             "set title 'deviation %.3g'\nset ylabel 'Weighted error / deviation'\n"

@@ -55,14 +55,8 @@ inline double cos(double x) {
 inline double tan(double x) {
   return std::tan(x);
 }
-inline double atan(double x) {
-  return std::atan(x);
-}
 inline double atan2(double y, double x) {
   return std::atan2(y, x);
-}
-inline double acos(double x) {
-  return std::acos(x);
 }
 inline double exp(double x) {
   return std::exp(x);
