@@ -218,8 +218,8 @@ class RealSchur {
   static void rotate(double* x, double* y, std::size_t n, std::size_t stride, double sine,
                      double cosine) {
     for (std::size_t k = 0; k < n * stride; k += stride) {
-      const double turned = cosine * x[k] + sine * y[k];
-      y[k] = cosine * y[k] - sine * x[k];
+      const double turned = rounded(cosine * x[k]) + rounded(sine * y[k]);
+      y[k] = rounded(cosine * y[k]) - rounded(sine * x[k]);
       x[k] = turned;
     }
   }
