@@ -220,7 +220,7 @@ std::size_t factoriseByColumns(double* a, std::size_t n, std::int32_t* pivots,
 // A factor of a copy of a matrix.
 struct FactoredCopy {
   explicit FactoredCopy(std::int32_t size)
-      : n(static_cast<std::size_t>(size)), lu(scratchRequest<double>(size)), pivots(n) {}
+      : n(static_cast<std::size_t>(size)), lu(scratchRequest<double>(size)), pivots(lu ? n : 0) {}
   explicit operator bool() const { return lu && pivots; }
   double* scratch() { return lu.data() + n * n; }
 

@@ -61,8 +61,10 @@ AnalysisStatus solveGeneral(const Element* a, std::int32_t m, std::int32_t n, co
   const std::int32_t tall = std::max(m, n), narrow = std::min(m, n);
   const auto rows = static_cast<std::size_t>(tall), columns = static_cast<std::size_t>(narrow);
   Workspace<Element> work(matrixSize(tall, narrow)), u(matrixSize(tall, narrow));
-  Workspace<Element> v(matrixSize(narrow, narrow)), s(columns), c(columns);
-  if (!work || !u || !v || !s || !c) return FATHOM_ERR_MEMORY;
+  Workspace<Element> v(matrixSize(narrow, narrow));
+  if (!work || !u || !v) return FATHOM_ERR_MEMORY;
+  Workspace<Element> s(columns), c(columns);
+  if (!s || !c) return FATHOM_ERR_MEMORY;
 
   if (m < n) {
     for (std::size_t i = 0; i < columns; ++i) {
