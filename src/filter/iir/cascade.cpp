@@ -49,10 +49,6 @@ struct Width {
   };
 };
 
-struct Samples {
-  FATHOM_INLINE double next(double x) const { return x; }
-};
-
 // The slices of a record that belong to consecutive sections.
 struct Slices {
   const double* a;
@@ -80,8 +76,7 @@ FATHOM_INLINE void runLanes(const Slices& from, std::size_t sections, const doub
     fathom::loadRow(stage.state.s[j], state[j]);
   }
   for (int j = 0; j <= m; ++j) fathom::loadRow(stage.b[j], b[j]);
-  Samples samples;
-  fathom::Wave<E, vectors, Width<m>::template Stage, Samples>(stage, samples, sections)
+  fathom::Wave<E, vectors, Width<m>::template Stage, fathom::Samples>(stage, {}, sections)
       .run(x, n, y);
   for (int j = 0; j < m; ++j) fathom::storeRow(state[j], stage.state.s[j]);
   for (std::size_t s = 0; s < sections; ++s) {

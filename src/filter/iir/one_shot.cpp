@@ -37,10 +37,6 @@ double signOf(const Section& s) {
   return s.numerator == Numerator::kDifference ? -1.0 : 1.0;
 }
 
-struct Samples {
-  FATHOM_INLINE double next(double x) const { return x; }
-};
-
 // The first section of an odd order, one sample at a time.
 template <Formula formula>
 class Head {

@@ -82,6 +82,11 @@ FATHOM_INLINE void rotate(E (&row)[vectors]) {
   }
 }
 
+// The Source of a wave whose first section takes the samples themselves.
+struct Samples {
+  FATHOM_INLINE double next(double x) const { return x; }
+};
+
 // The sections are the last lanes, so that a rotation brings the last one's output to the first
 // lane. Source's next(v) makes the first section's input of the sample v. y may be x.
 template <typename E, int vectors, template <typename, int> typename Stage, typename Source>
