@@ -2350,7 +2350,7 @@ enum FathomPolarity {
  * @param[in] x the next n samples
  * @param[in] n at least 1; 0, with x not used, is allowed with endOfData
  * @param[in] threshold in the unit of x. It is used when a signal begins; so are width and
- * polarity, which are checked in every call
+ *            polarity, which are checked in every call
  * @param[in] width of the runs in samples, at least 3: about the width of the peaks at half their
  *            height, or less; a larger one suppresses more noise and merges peaks that are close
  * @param[in] polarity a FathomPolarity
@@ -2361,7 +2361,7 @@ enum FathomPolarity {
  *             array of *count values, to be released with FreeAnalysisMem; null if *count is 0
  * @param[out] amplitudes of the quadratics at the locations: such an array, in the unit of x
  * @param[out] secondDerivatives of the quadratics: such an array, in the unit of x per sample
- * squared
+ *            squared
  * @param[out] count peaks that this call reports
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1, but for n = 0 with endOfData;
  *         FATHOM_ERR_SELECTION if width < 3; FATHOM_ERR_SELECTION if polarity is not 0 or 1;
@@ -3104,7 +3104,7 @@ FATHOM_API AnalysisStatus Bessel_Coef(int32_t type, int32_t order, double fs, do
  *
  * @param[in] type a FathomBand
  * @param[in] fs sampling frequency, above 0
- * @param[in] low the cutoff, or the lower one of two, in units of fs: above 0, at most fs / 2
+ * @param[in] low the cutoff, or the lower one of two, in the unit of fs: above 0, at most fs / 2
  * @param[in] high the upper cutoff, above low, at most fs / 2; not used for lowpass and highpass
  * @param[in] n number of coefficients, at least 1; odd for highpass and bandstop
  * @param[out] h n coefficients
@@ -3125,7 +3125,7 @@ FATHOM_API AnalysisStatus FIR_Coef(int32_t type, double fs, double low, double h
  * coefficients as they are.
  *
  * @param[in] fs sampling frequency, above 0
- * @param[in] cutoff in units of fs, above 0, at most fs / 2
+ * @param[in] cutoff in the unit of fs, above 0, at most fs / 2
  * @param[in] n number of coefficients, at least 1
  * @param[out] h n coefficients
  * @param[in] window a FathomFirWindow
@@ -3141,7 +3141,7 @@ FATHOM_API AnalysisStatus Wind_LPF(double fs, double cutoff, int32_t n, double* 
  * As Wind_LPF, for the highpass response of FIR_Coef.
  *
  * @param[in] fs sampling frequency, above 0
- * @param[in] cutoff in units of fs, above 0, at most fs / 2
+ * @param[in] cutoff in the unit of fs, above 0, at most fs / 2
  * @param[in] n number of coefficients, odd, at least 1
  * @param[out] h n coefficients
  * @param[in] window a FathomFirWindow
@@ -3157,7 +3157,7 @@ FATHOM_API AnalysisStatus Wind_HPF(double fs, double cutoff, int32_t n, double* 
  * As Wind_LPF, for the bandpass response of FIR_Coef.
  *
  * @param[in] fs sampling frequency, above 0
- * @param[in] low lower cutoff in units of fs, above 0
+ * @param[in] low lower cutoff in the unit of fs, above 0
  * @param[in] high upper cutoff, above low, at most fs / 2
  * @param[in] n number of coefficients, at least 1
  * @param[out] h n coefficients
@@ -3175,7 +3175,7 @@ FATHOM_API AnalysisStatus Wind_BPF(double fs, double low, double high, int32_t n
  * As Wind_LPF, for the bandstop response of FIR_Coef.
  *
  * @param[in] fs sampling frequency, above 0
- * @param[in] low lower cutoff in units of fs, above 0
+ * @param[in] low lower cutoff in the unit of fs, above 0
  * @param[in] high upper cutoff, above low, at most fs / 2
  * @param[in] n number of coefficients, odd, at least 1
  * @param[out] h n coefficients
@@ -3197,7 +3197,7 @@ FATHOM_API AnalysisStatus Wind_BSF(double fs, double low, double high, int32_t n
  * Int. Symp. Circuits and Systems, 1974.
  *
  * @param[in] fs sampling frequency, above 0
- * @param[in] cutoff in units of fs, above 0, at most fs / 2
+ * @param[in] cutoff in the unit of fs, above 0, at most fs / 2
  * @param[in] n number of coefficients, at least 1
  * @param[out] h n coefficients
  * @param[in] beta shape of the window; a negative one counts as 4.5
@@ -3213,7 +3213,7 @@ FATHOM_API AnalysisStatus Ksr_LPF(double fs, double cutoff, int32_t n, double* h
  * As Ksr_LPF, for the highpass response of FIR_Coef.
  *
  * @param[in] fs sampling frequency, above 0
- * @param[in] cutoff in units of fs, above 0, at most fs / 2
+ * @param[in] cutoff in the unit of fs, above 0, at most fs / 2
  * @param[in] n number of coefficients, odd, at least 1
  * @param[out] h n coefficients
  * @param[in] beta shape of the window; a negative one counts as 4.5
@@ -3229,7 +3229,7 @@ FATHOM_API AnalysisStatus Ksr_HPF(double fs, double cutoff, int32_t n, double* h
  * As Ksr_LPF, for the bandpass response of FIR_Coef.
  *
  * @param[in] fs sampling frequency, above 0
- * @param[in] low lower cutoff in units of fs, above 0
+ * @param[in] low lower cutoff in the unit of fs, above 0
  * @param[in] high upper cutoff, above low, at most fs / 2
  * @param[in] n number of coefficients, at least 1
  * @param[out] h n coefficients
@@ -3247,7 +3247,7 @@ FATHOM_API AnalysisStatus Ksr_BPF(double fs, double low, double high, int32_t n,
  * As Ksr_LPF, for the bandstop response of FIR_Coef.
  *
  * @param[in] fs sampling frequency, above 0
- * @param[in] low lower cutoff in units of fs, above 0
+ * @param[in] low lower cutoff in the unit of fs, above 0
  * @param[in] high upper cutoff, above low, at most fs / 2
  * @param[in] n number of coefficients, odd, at least 1
  * @param[out] h n coefficients
@@ -3286,16 +3286,16 @@ FATHOM_API AnalysisStatus Ksr_BSF(double fs, double low, double high, int32_t n,
  * @param[in] desired value of each band, at least 0
  * @param[in] weights of each band, above 0
  * @param[in] fs sampling frequency, above 0
- * @param[in] edges lower and upper edge of each band in units of fs, 2 x bands increasing values
- * from 0 to at most fs / 2
+ * @param[in] edges lower and upper edge of each band in the unit of fs, 2 x bands increasing values
+ *            from 0 to at most fs / 2
  * @param[in] type a FathomFirDesign. FATHOM_FIR_MULTIBAND: the first edge is 0, the last at most
- * 0.001 from fs / 2, and for an even n the last band's desired value is 0.
+ *            0.001 from fs / 2, and for an even n the last band's desired value is 0.
  *            FATHOM_FIR_DIFFERENTIATOR: the first edge is 0, the last at least 0.01 from fs / 2 for
  *            an odd n, at most 0.001 from it for an even n. FATHOM_FIR_HILBERT: the first edge is
  *            not 0, the last at least 0.001 from fs / 2 for an odd n, at most 0.001 from it for an
  *            even n
  * @param[in] n number of coefficients, at least 3, with at most 509 terms of the cosine series:
- * 1018 for FATHOM_FIR_MULTIBAND, else 1019
+ *            1018 for FATHOM_FIR_MULTIBAND, else 1019
  * @param[out] h n coefficients
  * @param[out] deviation the largest weighted error, not negative; also that of the last pass of an
  *             exchange that fails after it began
@@ -3306,7 +3306,7 @@ FATHOM_API AnalysisStatus Ksr_BSF(double fs, double low, double high, int32_t n,
  *         type demands; FATHOM_ERR_ODD_COEFFICIENTS if n is even where the last band passes;
  *         FATHOM_ERR_MEMORY, also if n is too large; FATHOM_ERR_FILTER_DESIGN if two extremal
  *         frequencies fall together, 99 passes do not settle, or the coefficients do not keep to
- * the deviation
+ *         the deviation
  */
 FATHOM_API AnalysisStatus Equi_Ripple(int32_t bands, const double* desired, const double* weights,
                                       double fs, const double* edges, int32_t type, int32_t n,
@@ -3319,8 +3319,8 @@ FATHOM_API AnalysisStatus Equi_Ripple(int32_t bands, const double* desired, cons
  * 1.
  *
  * @param[in] fs sampling frequency, above 0
- * @param[in] pass edge of the passband in units of fs, above 0
- * @param[in] stop edge of the stopband in units of fs, above pass, below fs / 2
+ * @param[in] pass edge of the passband in the unit of fs, above 0
+ * @param[in] stop edge of the stopband in the unit of fs, above pass, below fs / 2
  * @param[in] n number of coefficients, at least 3, at most 1018
  * @param[out] h n coefficients
  * @param[out] deviation the largest error, as from Equi_Ripple; written whatever the
@@ -3337,8 +3337,8 @@ FATHOM_API AnalysisStatus EquiRpl_LPF(double fs, double pass, double stop, int32
  * 1.
  *
  * @param[in] fs sampling frequency, above 0
- * @param[in] stop edge of the stopband in units of fs, above 0
- * @param[in] pass edge of the passband in units of fs, above stop, below fs / 2
+ * @param[in] stop edge of the stopband in the unit of fs, above 0
+ * @param[in] pass edge of the passband in the unit of fs, above stop, below fs / 2
  * @param[in] n number of coefficients, odd, at least 3, at most 1017
  * @param[out] h n coefficients
  * @param[out] deviation the largest error, as from Equi_Ripple; written whatever the
@@ -3355,10 +3355,11 @@ FATHOM_API AnalysisStatus EquiRpl_HPF(double fs, double stop, double pass, int32
  * values 0, 1 and 0, and weights of 1.
  *
  * @param[in] fs sampling frequency, above 0
- * @param[in] lowStop upper edge of the lower stopband in units of fs, above 0
- * @param[in] lowPass lower edge of the passband in units of fs, above lowStop
- * @param[in] highPass upper edge of the passband in units of fs, above lowPass
- * @param[in] highStop lower edge of the upper stopband in units of fs, above highPass, below fs / 2
+ * @param[in] lowStop upper edge of the lower stopband in the unit of fs, above 0
+ * @param[in] lowPass lower edge of the passband in the unit of fs, above lowStop
+ * @param[in] highPass upper edge of the passband in the unit of fs, above lowPass
+ * @param[in] highStop lower edge of the upper stopband in the unit of fs, above highPass,
+ *            below fs / 2
  * @param[in] n number of coefficients, at least 3, at most 1018
  * @param[out] h n coefficients
  * @param[out] deviation the largest error, as from Equi_Ripple; written whatever the
@@ -3375,10 +3376,11 @@ FATHOM_API AnalysisStatus EquiRpl_BPF(double fs, double lowStop, double lowPass,
  * values 1, 0 and 1, and weights of 1.
  *
  * @param[in] fs sampling frequency, above 0
- * @param[in] lowPass upper edge of the lower passband in units of fs, above 0
- * @param[in] lowStop lower edge of the stopband in units of fs, above lowPass
- * @param[in] highStop upper edge of the stopband in units of fs, above lowStop
- * @param[in] highPass lower edge of the upper passband in units of fs, above highStop, below fs / 2
+ * @param[in] lowPass upper edge of the lower passband in the unit of fs, above 0
+ * @param[in] lowStop lower edge of the stopband in the unit of fs, above lowPass
+ * @param[in] highStop upper edge of the stopband in the unit of fs, above lowStop
+ * @param[in] highPass lower edge of the upper passband in the unit of fs, above highStop,
+ *            below fs / 2
  * @param[in] n number of coefficients, odd, at least 3, at most 1017
  * @param[out] h n coefficients
  * @param[out] deviation the largest error, as from Equi_Ripple; written whatever the

@@ -18,7 +18,8 @@
 
 namespace fathom {
 
-// What is asked for: bands with their edges (two each, in units of fs), desired values and weights.
+// What is asked for: bands with their edges (two each, in the unit of fs), desired values and
+// weights.
 struct FirBands {
   int32_t count;
   const double* desired;
