@@ -2487,10 +2487,11 @@ FATHOM_API AnalysisStatus CascadeToDirectCoef(IIRFilterPtr record, double* a, in
  *            take (fs / 2 + low) / 2 in its place
  * @param[in,out] record that says type and order; its coefficients are written. A type that is not
  *                a FathomBand is let pass, and nothing is written
- * @return FATHOM_OK; FATHOM_ERR_ORDER if the order < 1; FATHOM_ERR_BAND if low, then high, is not
- *         above 0, if low is not below high (so too for a lowpass or highpass cutoff of fs / 2 and
- *         more), or if fs is not above 0; FATHOM_ERR_NYQUIST if high, then low, is above fs / 2;
- *         FATHOM_ERR_FILTER_RECORD if na or nb is too small for type and order
+ * @return FATHOM_OK; FATHOM_ERR_FILTER_RECORD if record is null; FATHOM_ERR_ORDER if the order < 1;
+ *         FATHOM_ERR_BAND if low, then high, is not above 0, if low is not below high (so too for a
+ *         lowpass or highpass cutoff of fs / 2 and more), or if fs is not above 0;
+ *         FATHOM_ERR_NYQUIST if high, then low, is above fs / 2; FATHOM_ERR_FILTER_RECORD if na or
+ *         nb is too small for type and order
  */
 FATHOM_API AnalysisStatus Bw_CascadeCoef(double fs, double low, double high, IIRFilterPtr record);
 
@@ -2618,11 +2619,11 @@ FATHOM_API AnalysisStatus Bw_BSF(const double* x, int32_t n, double fs, double l
  * @param[in] ripple of the pass band in dB, above 0
  * @param[in,out] record that says type and order; its coefficients are written. A type that is not
  *                       a FathomBand is let pass, and nothing is written
- * @return FATHOM_OK; FATHOM_ERR_ORDER if the order < 1; FATHOM_ERR_BAND if low, then high, is not
- *         above 0, if low is not below high (so too for a lowpass or highpass cutoff of fs / 2 and
- *         more), or if fs is not above 0; FATHOM_ERR_NYQUIST if high, then low, is above fs / 2;
- *         FATHOM_ERR_RIPPLE if ripple is not above 0; FATHOM_ERR_FILTER_RECORD if na or nb is too
- *         small for type and order
+ * @return FATHOM_OK; FATHOM_ERR_FILTER_RECORD if record is null; FATHOM_ERR_ORDER if the order < 1;
+ *         FATHOM_ERR_BAND if low, then high, is not above 0, if low is not below high (so too for a
+ *         lowpass or highpass cutoff of fs / 2 and more), or if fs is not above 0;
+ *         FATHOM_ERR_NYQUIST if high, then low, is above fs / 2; FATHOM_ERR_RIPPLE if ripple is not
+ *         above 0; FATHOM_ERR_FILTER_RECORD if na or nb is too small for type and order
  */
 FATHOM_API AnalysisStatus Ch_CascadeCoef(double fs, double low, double high, double ripple,
                                          IIRFilterPtr record);
@@ -2758,11 +2759,12 @@ FATHOM_API AnalysisStatus Ch_BSF(const double* x, int32_t n, double fs, double l
  * @param[in] attenuation of the stop band in dB, above 0
  * @param[in,out] record that says type and order; its coefficients are written. A type that is not
  *                       a FathomBand is let pass, and nothing is written
- * @return FATHOM_OK; FATHOM_ERR_ORDER if the order < 1; FATHOM_ERR_BAND if low, then high, is not
- *         above 0, if low is not below high (so too for a lowpass or highpass cutoff of fs / 2 and
- *         more), or if fs is not above 0; FATHOM_ERR_ATTENUATION if attenuation is not above 0;
- *         FATHOM_ERR_NYQUIST if high, then low, is above fs / 2; FATHOM_ERR_FILTER_RECORD if na or
- *         nb is too small for type and order
+ * @return FATHOM_OK; FATHOM_ERR_FILTER_RECORD if record is null; FATHOM_ERR_ORDER if the order < 1;
+ *         FATHOM_ERR_BAND if low, then high, is not above 0, if low is not below high (so too for a
+ *         lowpass or highpass cutoff of fs / 2 and more), or if fs is not above 0;
+ *         FATHOM_ERR_ATTENUATION if attenuation is not above 0; FATHOM_ERR_NYQUIST if high, then
+ *         low, is above fs / 2; FATHOM_ERR_FILTER_RECORD if na or nb is too small for type and
+ *         order
  */
 FATHOM_API AnalysisStatus InvCh_CascadeCoef(double fs, double low, double high, double attenuation,
                                             IIRFilterPtr record);
@@ -2908,12 +2910,13 @@ FATHOM_API AnalysisStatus InvCh_BSF(const double* x, int32_t n, double fs, doubl
  * @param[in] attenuation of the stop band in dB, above ripple
  * @param[in,out] record that says type and order; its coefficients are written. A type that is not
  *                       a FathomBand is let pass, and nothing is written
- * @return FATHOM_OK; FATHOM_ERR_ORDER if the order < 1; FATHOM_ERR_BAND if low, then high, is not
- *         above 0, if low is not below high (so too for a lowpass or highpass cutoff of fs / 2 and
- *         more), or if fs is not above 0; FATHOM_ERR_NYQUIST if high, then low, is above fs / 2;
- *         FATHOM_ERR_RIPPLE if ripple is not above 0; FATHOM_ERR_ATTENUATION if attenuation is not
- *         above 0; FATHOM_ERR_ATTENUATION_BELOW_RIPPLE if it is not above ripple;
- *         FATHOM_ERR_FILTER_RECORD if na or nb is too small for type and order
+ * @return FATHOM_OK; FATHOM_ERR_FILTER_RECORD if record is null; FATHOM_ERR_ORDER if the order < 1;
+ *         FATHOM_ERR_BAND if low, then high, is not above 0, if low is not below high (so too for a
+ *         lowpass or highpass cutoff of fs / 2 and more), or if fs is not above 0;
+ *         FATHOM_ERR_NYQUIST if high, then low, is above fs / 2; FATHOM_ERR_RIPPLE if ripple is not
+ *         above 0; FATHOM_ERR_FILTER_RECORD if na or nb is too small for type and order;
+ *         FATHOM_ERR_ATTENUATION if attenuation is not above 0; FATHOM_ERR_ATTENUATION_BELOW_RIPPLE
+ *         if it is not above ripple
  */
 FATHOM_API AnalysisStatus Elp_CascadeCoef(double fs, double low, double high, double ripple,
                                           double attenuation, IIRFilterPtr record);
@@ -2938,9 +2941,9 @@ FATHOM_API AnalysisStatus Elp_CascadeCoef(double fs, double low, double high, do
  * @return FATHOM_OK; FATHOM_ERR_ORDER if order < 1; FATHOM_ERR_BAND if low, high or fs is not above
  *         0; FATHOM_ERR_RIPPLE if ripple is not above 0; FATHOM_ERR_BAND if low is not below high
  *         (for lowpass and highpass: the cutoff not below fs / 2); FATHOM_ERR_NYQUIST if high is
- *         above fs / 2; FATHOM_ERR_ATTENUATION if attenuation is not above 0;
- *         FATHOM_ERR_ATTENUATION_BELOW_RIPPLE if it is not above ripple; FATHOM_ERR_ARRAY_SIZE if a
- *         capacity is below L; FATHOM_ERR_SELECTION if type is not a FathomBand; FATHOM_ERR_MEMORY
+ *         above fs / 2; FATHOM_ERR_ARRAY_SIZE if a capacity is below L; FATHOM_ERR_SELECTION if
+ *         type is not a FathomBand; FATHOM_ERR_ATTENUATION if attenuation is not above 0;
+ *         FATHOM_ERR_ATTENUATION_BELOW_RIPPLE if it is not above ripple; FATHOM_ERR_MEMORY
  */
 FATHOM_API AnalysisStatus Elp_Coef(int32_t type, int32_t order, double fs, double low, double high,
                                    double ripple, double attenuation, double* a, int32_t aCapacity,
@@ -3059,10 +3062,11 @@ FATHOM_API AnalysisStatus Elp_BSF(const double* x, int32_t n, double fs, double 
  *                 take (fs / 2 + low) / 2 in its place
  * @param[in,out] record that says type and order; its coefficients are written. A type that is not
  *                       a FathomBand is let pass, and nothing is written
- * @return FATHOM_OK; FATHOM_ERR_ORDER if the order < 1; FATHOM_ERR_BAND if low, then high, is not
- *         above 0, if low is not below high (so too for a lowpass or highpass cutoff of fs / 2 and
- *         more), or if fs is not above 0; FATHOM_ERR_NYQUIST if high, then low, is above fs / 2;
- *         FATHOM_ERR_FILTER_RECORD if na or nb is too small for type and order
+ * @return FATHOM_OK; FATHOM_ERR_FILTER_RECORD if record is null; FATHOM_ERR_ORDER if the order < 1;
+ *         FATHOM_ERR_BAND if low, then high, is not above 0, if low is not below high (so too for a
+ *         lowpass or highpass cutoff of fs / 2 and more), or if fs is not above 0;
+ *         FATHOM_ERR_NYQUIST if high, then low, is above fs / 2; FATHOM_ERR_FILTER_RECORD if na or
+ *         nb is too small for type and order
  */
 FATHOM_API AnalysisStatus Bessel_CascadeCoef(double fs, double low, double high,
                                              IIRFilterPtr record);

@@ -100,13 +100,14 @@ class Bessel {
 };
 
 using enum Check;
-constexpr auto kOfRecord = {kOrder, kLow, kHigh, kBand, kRate, kHighNyquist, kLowNyquist};
-constexpr auto kOfDirectForm = {kOrder, kLow, kHigh, kRate, kBand, kHighNyquist};
+constexpr auto kOfRecord = {kOrder, kLow, kHigh, kBand, kRate, kHighNyquist, kLowNyquist, kRecord};
+constexpr auto kOfDirectForm = {kOrder, kLow, kHigh, kRate, kBand, kHighNyquist, kCapacity, kType};
 
 }  // namespace
 }  // namespace fathom
 
 AnalysisStatus Bessel_CascadeCoef(double fs, double low, double high, IIRFilterPtr record) {
+  if (record == nullptr) return FATHOM_ERR_FILTER_RECORD;
   fathom::Design d = fathom::designOf(*record, fs, low, high);
   return fathom::fillRecord<fathom::Bessel>(d, fathom::kOfRecord, *record);
 }

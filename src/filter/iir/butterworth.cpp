@@ -59,8 +59,8 @@ class Butterworth {
 };
 
 using enum Check;
-constexpr auto kOfRecord = {kOrder, kLow, kHigh, kBand, kRate, kHighNyquist, kLowNyquist};
-constexpr auto kOfDirectForm = {kOrder, kLow, kHigh, kRate, kBand, kHighNyquist};
+constexpr auto kOfRecord = {kOrder, kLow, kHigh, kBand, kRate, kHighNyquist, kLowNyquist, kRecord};
+constexpr auto kOfDirectForm = {kOrder, kLow, kHigh, kRate, kBand, kHighNyquist, kCapacity, kType};
 constexpr auto kOfOneEdge = {kOrder, kLow, kRate, kLowNyquist};
 constexpr auto kOfBand = {kOrder, kLow, kHigh, kRate, kBand, kHighNyquist};
 
@@ -68,6 +68,7 @@ constexpr auto kOfBand = {kOrder, kLow, kHigh, kRate, kBand, kHighNyquist};
 }  // namespace fathom
 
 AnalysisStatus Bw_CascadeCoef(double fs, double low, double high, IIRFilterPtr record) {
+  if (record == nullptr) return FATHOM_ERR_FILTER_RECORD;
   return fathom::fillRecord<fathom::Butterworth>(fathom::designOf(*record, fs, low, high),
                                                  fathom::kOfRecord, *record);
 }

@@ -108,8 +108,10 @@ class Chebyshev {
 };
 
 using enum Check;
-constexpr auto kOfRecord = {kOrder, kLow, kHigh, kBand, kRate, kHighNyquist, kLowNyquist, kRipple};
-constexpr auto kOfDirectForm = {kOrder, kLow, kHigh, kRate, kRipple, kBand, kHighNyquist};
+constexpr auto kOfRecord = {kOrder,       kLow,        kHigh,   kBand,  kRate,
+                            kHighNyquist, kLowNyquist, kRipple, kRecord};
+constexpr auto kOfDirectForm = {kOrder, kLow,         kHigh,     kRate, kRipple,
+                                kBand,  kHighNyquist, kCapacity, kType};
 constexpr auto kOfOneEdge = {kOrder, kLow, kRate, kRipple, kLowNyquist};
 constexpr auto kOfBand = {kOrder, kLow, kHigh, kRate, kBand, kRipple, kHighNyquist};
 
@@ -118,6 +120,7 @@ constexpr auto kOfBand = {kOrder, kLow, kHigh, kRate, kBand, kRipple, kHighNyqui
 
 AnalysisStatus Ch_CascadeCoef(double fs, double low, double high, double ripple,
                               IIRFilterPtr record) {
+  if (record == nullptr) return FATHOM_ERR_FILTER_RECORD;
   fathom::Design d = fathom::designOf(*record, fs, low, high);
   d.ripple = ripple;
   return fathom::fillRecord<fathom::Chebyshev>(d, fathom::kOfRecord, *record);

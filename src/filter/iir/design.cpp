@@ -25,6 +25,12 @@ AnalysisStatus verdict(const Design& d, Check check) {
       return d.low <= d.fs * 0.5 ? FATHOM_OK : FATHOM_ERR_NYQUIST;
     case Check::kHighNyquist:
       return d.high <= d.fs * 0.5 ? FATHOM_OK : FATHOM_ERR_NYQUIST;
+    case Check::kRecord:
+      return d.fits ? FATHOM_OK : FATHOM_ERR_FILTER_RECORD;
+    case Check::kCapacity:
+      return d.fits ? FATHOM_OK : FATHOM_ERR_ARRAY_SIZE;
+    case Check::kType:
+      return isBand(d.type) ? FATHOM_OK : FATHOM_ERR_SELECTION;
   }
   return FATHOM_OK;
 }

@@ -15,6 +15,10 @@ inline bool isBandType(std::int32_t type) {
   return type == FATHOM_BANDPASS || type == FATHOM_BANDSTOP;
 }
 
+inline bool isBand(std::int32_t type) {
+  return type >= FATHOM_LOWPASS && type <= FATHOM_BANDSTOP;
+}
+
 // What a caller asks of a family. Fields that a routine does not take keep their defaults.
 struct Design {
   std::int32_t type;
@@ -24,6 +28,7 @@ struct Design {
   double high;
   double ripple = 0.0;       // dB, in the pass band
   double attenuation = 0.0;  // dB, in the stop band
+  bool fits = true;          // the coefficients, into the record or the arrays meant for them
 
   bool odd() const { return order % 2 != 0; }
   std::int32_t sections() const { return order / 2 + order % 2; }
@@ -44,7 +49,10 @@ enum class Check {
   kAttenuation,
   kAboveRipple,  // attenuation above ripple
   kLowNyquist,
-  kHighNyquist
+  kHighNyquist,
+  kRecord,    // fits into the record
+  kCapacity,  // fits into the arrays
+  kType
 };
 
 // Status of the first of the checks that fails, or FATHOM_OK.

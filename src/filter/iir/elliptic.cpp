@@ -202,10 +202,10 @@ class Elliptic {
 };
 
 using enum Check;
-constexpr auto kOfRecord = {kOrder,       kLow,        kHigh,   kBand,        kRate,
-                            kHighNyquist, kLowNyquist, kRipple, kAttenuation, kAboveRipple};
-constexpr auto kOfDirectForm = {kOrder, kLow,         kHigh,        kRate,       kRipple,
-                                kBand,  kHighNyquist, kAttenuation, kAboveRipple};
+constexpr auto kOfRecord = {kOrder,      kLow,    kHigh,   kBand,        kRate,       kHighNyquist,
+                            kLowNyquist, kRipple, kRecord, kAttenuation, kAboveRipple};
+constexpr auto kOfDirectForm = {kOrder,       kLow,      kHigh, kRate,        kRipple,     kBand,
+                                kHighNyquist, kCapacity, kType, kAttenuation, kAboveRipple};
 constexpr auto kOfOneEdge = {kOrder, kLow, kRate, kRipple, kLowNyquist, kAttenuation, kAboveRipple};
 constexpr auto kOfBand = {kOrder,  kLow,         kHigh,        kRate,       kBand,
                           kRipple, kHighNyquist, kAttenuation, kAboveRipple};
@@ -215,6 +215,7 @@ constexpr auto kOfBand = {kOrder,  kLow,         kHigh,        kRate,       kBan
 
 AnalysisStatus Elp_CascadeCoef(double fs, double low, double high, double ripple,
                                double attenuation, IIRFilterPtr record) {
+  if (record == nullptr) return FATHOM_ERR_FILTER_RECORD;
   fathom::Design d = fathom::designOf(*record, fs, low, high);
   d.ripple = ripple;
   d.attenuation = attenuation;

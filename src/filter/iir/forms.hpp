@@ -31,10 +31,6 @@ void multiplyPolynomial(double* p, std::size_t length, const double* q, int degr
 void runSections(const Section* sections, std::size_t count, const double* x, std::size_t n,
                  double* y);
 
-inline bool isBand(std::int32_t type) {
-  return type >= FATHOM_LOWPASS && type <= FATHOM_BANDSTOP;
-}
-
 // The request that a record and the edges make.
 inline Design designOf(const IIRFilter& record, double fs, double low, double high) {
   const bool oneEdge = record.type == FATHOM_LOWPASS || record.type == FATHOM_HIGHPASS;
@@ -42,9 +38,9 @@ inline Design designOf(const IIRFilter& record, double fs, double low, double hi
 }
 
 template <typename Family>
-AnalysisStatus fillRecord(const Design& d, std::initializer_list<Check> checks, IIRFilter& record) {
+AnalysisStatus fillRecord(Design d, std::initializer_list<Check> checks, IIRFilter& record) {
+  d.fits = holdsSections(record);
   if (const AnalysisStatus status = firstFailure(d, checks); status != FATHOM_OK) return status;
-  if (!holdsSections(record)) return FATHOM_ERR_FILTER_RECORD;
   if (!isBand(d.type)) return FATHOM_OK;
   Family family(d);
   for (std::int32_t s = 0; s < d.sections(); ++s) storeSection(record, s, family.next());
@@ -52,11 +48,10 @@ AnalysisStatus fillRecord(const Design& d, std::initializer_list<Check> checks, 
 }
 
 template <typename Family>
-AnalysisStatus directForm(const Design& d, std::initializer_list<Check> checks, double* a,
+AnalysisStatus directForm(Design d, std::initializer_list<Check> checks, double* a,
                           std::int32_t aCapacity, double* b, std::int32_t bCapacity) {
+  d.fits = aCapacity >= d.length() && bCapacity >= d.length();
   if (const AnalysisStatus status = firstFailure(d, checks); status != FATHOM_OK) return status;
-  if (aCapacity < d.length() || bCapacity < d.length()) return FATHOM_ERR_ARRAY_SIZE;
-  if (!isBand(d.type)) return FATHOM_ERR_SELECTION;
   const auto aSize = static_cast<std::size_t>(aCapacity),
              bSize = static_cast<std::size_t>(bCapacity);
   Workspace<double> feedback(aSize), feedbackCopy(aSize), forward(bSize), forwardCopy(bSize);

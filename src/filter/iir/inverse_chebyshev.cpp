@@ -135,9 +135,10 @@ class InverseChebyshev {
 };
 
 using enum Check;
-constexpr auto kOfRecord = {kOrder, kLow,         kHigh,        kBand,
-                            kRate,  kAttenuation, kHighNyquist, kLowNyquist};
-constexpr auto kOfDirectForm = {kOrder, kLow, kHigh, kRate, kBand, kAttenuation, kHighNyquist};
+constexpr auto kOfRecord = {kOrder,       kLow,         kHigh,       kBand,  kRate,
+                            kAttenuation, kHighNyquist, kLowNyquist, kRecord};
+constexpr auto kOfDirectForm = {kOrder,       kLow,         kHigh,     kRate, kBand,
+                                kAttenuation, kHighNyquist, kCapacity, kType};
 constexpr auto kOfOneEdge = {kOrder, kLow, kRate, kAttenuation, kLowNyquist};
 constexpr auto kOfBand = {kOrder, kLow, kHigh, kRate, kBand, kAttenuation, kHighNyquist};
 
@@ -146,6 +147,7 @@ constexpr auto kOfBand = {kOrder, kLow, kHigh, kRate, kBand, kAttenuation, kHigh
 
 AnalysisStatus InvCh_CascadeCoef(double fs, double low, double high, double attenuation,
                                  IIRFilterPtr record) {
+  if (record == nullptr) return FATHOM_ERR_FILTER_RECORD;
   fathom::Design d = fathom::designOf(*record, fs, low, high);
   d.attenuation = attenuation;
   return fathom::fillRecord<fathom::InverseChebyshev>(d, fathom::kOfRecord, *record);

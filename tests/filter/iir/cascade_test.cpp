@@ -111,6 +111,11 @@ TEST(Cascade, RefusesRecordsWhoseCountsContradictEachOther) {
     }
   }
   EXPECT_EQ(IIRCascadeFiltering(x.data(), 4, nullptr, nullptr), FATHOM_ERR_FILTER_RECORD);
+  EXPECT_EQ(Bw_CascadeCoef(1, 0, 0, nullptr), FATHOM_ERR_FILTER_RECORD);
+  EXPECT_EQ(Ch_CascadeCoef(1, 0, 0, 0, nullptr), FATHOM_ERR_FILTER_RECORD);
+  EXPECT_EQ(InvCh_CascadeCoef(1, 0, 0, 0, nullptr), FATHOM_ERR_FILTER_RECORD);
+  EXPECT_EQ(Elp_CascadeCoef(1, 0, 0, 0, 0, nullptr), FATHOM_ERR_FILTER_RECORD);
+  EXPECT_EQ(Bessel_CascadeCoef(1, 0, 0, nullptr), FATHOM_ERR_FILTER_RECORD);
 }
 
 }  // namespace
