@@ -10,7 +10,16 @@
 #include <Eigen/Core>
 #endif
 #if defined(FATHOM_BENCH_OPENBLAS)
-#include <cblas.h>
+// The Fortran names: the C ones may be those of the plain loops that GSL brings.
+extern "C" {
+void dgemm_(const char* transA, const char* transB, const int* rows, const int* columns,
+            const int* terms, const double* alpha, const double* a, const int* aStride,
+            const double* b, const int* bStride, const double* beta, double* c, const int* cStride);
+void zgemm_(const char* transA, const char* transB, const int* rows, const int* columns,
+            const int* terms, const double* alpha, const double* a, const int* aStride,
+            const double* b, const int* bStride, const double* beta, double* c, const int* cStride);
+void openblas_set_num_threads(int threads);
+}
 #endif
 
 namespace fathom::bench {
@@ -39,6 +48,15 @@ void plainProduct(const double* a, const double* b, std::int32_t n, double* c) {
   }
 }
 
+#if defined(FATHOM_BENCH_OPENBLAS)
+// C = A B of matrices stored by rows, which by columns is the product of the transposes, B first.
+void squareProduct(decltype(dgemm_) gemm, int n, const std::vector<double>& a,
+                   const std::vector<double>& b, std::vector<double>& c) {
+  const double one[] = {1.0, 0.0}, zero[] = {0.0, 0.0};
+  gemm("N", "N", &n, &n, &n, one, b.data(), &n, a.data(), &n, zero, c.data(), &n);
+}
+#endif
+
 void addProductRows() {
   for (const Size& s : kProducts) {
     const std::int32_t n = s.n;
@@ -55,10 +73,7 @@ void addProductRows() {
               const Array a = uniform(n * n, -1.0, 1.0), b = uniform(n * n, 1.0, 2.0);
               const Array c = constant(n * n, 0.0);
               return {[=] { return MatrixMul(a->data(), b->data(), n, n, n, c->data()); },
-                      [=] {
-                        cblas_dgemm(CblasRowMajor, CblasNoTrans, CblasNoTrans, n, n, n, 1.0,
-                                    a->data(), n, b->data(), n, 0.0, c->data(), n);
-                      }};
+                      [=] { squareProduct(dgemm_, n, *a, *b, *c); }};
             }});
 #endif
   }
@@ -72,11 +87,7 @@ void addProductRows() {
                         return CxMatrixMul(elements(a), elements(b), n, n, n,
                                            reinterpret_cast<ComplexNum*>(c->data()));
                       },
-                      [=] {
-                        const double one[] = {1.0, 0.0}, zero[] = {0.0, 0.0};
-                        cblas_zgemm(CblasRowMajor, CblasNoTrans, CblasNoTrans, n, n, n, one,
-                                    a->data(), n, b->data(), n, zero, c->data(), n);
-                      }};
+                      [=] { squareProduct(zgemm_, n, *a, *b, *c); }};
             }});
   }
 #else
