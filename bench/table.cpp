@@ -249,6 +249,7 @@ int main(int argc, char** argv) {
   fathom::bench::addUnitsRows();
   fathom::bench::addLinalgRows();
   fathom::bench::addSvdRows();
+  fathom::bench::addEigenvalueRows();
   fathom::bench::addLuRows();
   fathom::bench::addFilterRows();
   fathom::bench::TableReporter table;

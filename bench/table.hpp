@@ -51,6 +51,7 @@ void addFirRows();
 void addUnitsRows();
 void addLinalgRows();
 void addSvdRows();
+void addEigenvalueRows();
 void addLuRows();
 void addFilterRows();
 

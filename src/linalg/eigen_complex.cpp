@@ -177,21 +177,20 @@ AnalysisStatus CxEigenValueVector(const ComplexNum* a, int32_t n, int32_t option
   const auto size = static_cast<std::size_t>(n);
   const std::size_t elements = fathom::matrixSize(n, n);
   Workspace<ComplexNum> h(elements), z(both ? elements : 0), x(both ? elements : 0);
+  if (!h || !z || !x) return FATHOM_ERR_MEMORY;
   Workspace<ComplexNum> work(3 * size);
   Workspace<double> scale(size);
-  if (!h || !z || !x || !work || !scale) return FATHOM_ERR_MEMORY;
+  if (!work || !scale) return FATHOM_ERR_MEMORY;
 
-  fathom::EigenRange range;
-  for (std::size_t i = 0; i < elements; ++i) range.add(a[i]);
-  if (!range.finite()) return FATHOM_ERR_ITERATIONS;
-  for (std::size_t i = 0; i < elements; ++i) h[i] = fathom::scaled(a[i], range.factor());
+  double inverse;
+  if (!fathom::copyInRange(a, size, h.data(), inverse)) return FATHOM_ERR_ITERATIONS;
   const fathom::MatrixBlock<ComplexNum> block = {h.data(), size, size, size};
   const fathom::Balance balance = fathom::balanced(block, scale.data());
   fathom::reduce(block, balance, both ? z.data() : nullptr, work.data());
   fathom::ComplexSchur schur(h.data(), size, both ? z.data() : nullptr);
   if (!schur.iterate(balance)) return FATHOM_ERR_ITERATIONS;
   for (std::size_t i = 0; i < size; ++i) {
-    values[i] = fathom::scaled(h[i * size + i], range.inverse());
+    values[i] = fathom::scaled(h[i * size + i], inverse);
   }
   if (!both) return FATHOM_OK;
   for (std::size_t j = 0; j < size; ++j) {

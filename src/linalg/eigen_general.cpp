@@ -86,9 +86,7 @@ class RealSchur {
   // False if it takes too many sweeps.
   bool iterate(const Balance& balance) {
     low_ = balance.low;
-    for (std::size_t i = 0; i < n_; ++i) {
-      if (i < low_ || i > balance.high) values_[i] = {at(i, i), 0.0};
-    }
+    for (std::size_t i = 0; i < n_; ++i) values_[i] = {at(i, i), 0.0};  // isolated ones are final
     std::size_t sweepsLeft = 30 * n_;
     int sweepsOfBlock = 0;
     for (std::size_t end = balance.high + 1; end > low_;) {
@@ -393,14 +391,13 @@ AnalysisStatus GenEigenValueVector(const double* a, int32_t n, int32_t option, C
   const auto size = static_cast<std::size_t>(n);
   const std::size_t elements = fathom::matrixSize(n, n);
   Workspace<double> h(elements), z(both ? elements : 0), x(both ? elements : 0);
+  if (!h || !z || !x) return FATHOM_ERR_MEMORY;
   Workspace<double> scale(size), work(3 * size);
   Workspace<ComplexNum> found(size), vector(both ? size : 0);
-  if (!h || !z || !x || !scale || !work || !found || !vector) return FATHOM_ERR_MEMORY;
+  if (!scale || !work || !found || !vector) return FATHOM_ERR_MEMORY;
 
-  fathom::EigenRange range;
-  for (std::size_t i = 0; i < elements; ++i) range.add(a[i]);
-  if (!range.finite()) return FATHOM_ERR_ITERATIONS;
-  for (std::size_t i = 0; i < elements; ++i) h[i] = a[i] * range.factor();
+  double inverse;
+  if (!fathom::copyInRange(a, size, h.data(), inverse)) return FATHOM_ERR_ITERATIONS;
   const fathom::MatrixBlock<double> block = {h.data(), size, size, size};
   const fathom::Balance balance = fathom::balanced(block, scale.data());
   fathom::reduce(block, balance, both ? z.data() : nullptr, work.data());
@@ -411,6 +408,6 @@ AnalysisStatus GenEigenValueVector(const double* a, int32_t n, int32_t option, C
     fathom::multiply(x.data(), size, z.data(), size, h.data(), size, size, size, size);
     fathom::writeVectors(h.data(), size, found.data(), balance, vector.data(), vectors);
   }
-  for (std::size_t i = 0; i < size; ++i) values[i] = fathom::scaled(found[i], range.inverse());
+  for (std::size_t i = 0; i < size; ++i) values[i] = fathom::scaled(found[i], inverse);
   return FATHOM_OK;
 }

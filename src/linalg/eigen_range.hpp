@@ -30,7 +30,6 @@ class EigenRange {
     if (largest_ > 0x1p300) return 0x1p-600;
     return largest_ < 0x1p-300 && largest_ > 0.0 ? 0x1p600 : 1.0;
   }
-  double inverse() const { return 1.0 / factor(); }
 
  private:
   static constexpr double kInfinite = std::numeric_limits<double>::infinity();

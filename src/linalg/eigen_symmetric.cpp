@@ -262,7 +262,7 @@ bool copySymmetric(const double* a, std::size_t n, double* copy, double& inverse
     for (std::size_t j = 0; j <= i; ++j) range.add(a[i * n + j]);
   }
   const double factor = range.factor();
-  inverse = range.inverse();
+  inverse = 1.0 / factor;
   for (std::size_t i = 0; i < n; ++i) {
     for (std::size_t j = 0; j <= i; ++j) {
       copy[i * n + j] = copy[j * n + i] = a[i * n + j] * factor;
@@ -282,10 +282,11 @@ AnalysisStatus SymEigenValueVector(const double* a, int32_t n, int32_t option, d
   const bool both = option == FATHOM_EIGEN_VECTORS;
   const auto size = static_cast<std::size_t>(n);
   Workspace<double> rows(fathom::matrixSize(n, n)), q(both ? fathom::matrixSize(n, n) : 0);
+  if (!rows || !q) return FATHOM_ERR_MEMORY;
   Workspace<double> work(5 * size), tile(both ? size * fathom::kTileColumns : 0);
   Workspace<fathom::Rotation> list(both ? size * fathom::kSweeps : 0);
   Workspace<std::int32_t> order(size);
-  if (!rows || !q || !work || !tile || !list || !order) return FATHOM_ERR_MEMORY;
+  if (!work || !tile || !list || !order) return FATHOM_ERR_MEMORY;
 
   double *d = work.data(), *e = d + size, *tau = e + size, *sums = tau + size, inverse;
   if (!fathom::copySymmetric(a, size, rows.data(), inverse)) return FATHOM_ERR_ITERATIONS;

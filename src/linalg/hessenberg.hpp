@@ -17,6 +17,21 @@
 
 namespace fathom {
 
+// Copies an n x n matrix, brought to range. False if an element is infinite or NaN.
+template <typename Element>
+bool copyInRange(const Element* a, std::size_t n, Element* copy, double& inverse) {
+  EigenRange range;
+  for (std::size_t i = 0; i < n; ++i) {
+    for (std::size_t j = 0; j < n; ++j) range.add(a[i * n + j]);
+  }
+  const double factor = range.factor();
+  inverse = 1.0 / factor;
+  for (std::size_t i = 0; i < n; ++i) {
+    for (std::size_t j = 0; j < n; ++j) copy[i * n + j] = scaled(a[i * n + j], factor);
+  }
+  return range.finite();
+}
+
 // What balancing did: rows and columns low to high are neither isolated nor done with. Outside
 // them, scale[i] is the place with which i was exchanged; inside, the power of two.
 struct Balance {
@@ -149,11 +164,12 @@ void restore(Element* v, std::size_t n, const Balance& balance) {
   const auto swapBack = [&](std::size_t i) {
     std::swap(v[i], v[static_cast<std::size_t>(balance.scale[i])]);
   };
-  if (balance.low < balance.high) {
-    for (std::size_t i = balance.low; i <= balance.high; ++i) v[i] = scaled(v[i], balance.scale[i]);
+  const std::size_t low = balance.low, high = balance.high;
+  for (std::size_t i = 0; i < n; ++i) {
+    if (low < high && i >= low && i <= high) v[i] = scaled(v[i], balance.scale[i]);
   }
-  for (std::size_t i = balance.low; i-- > 0;) swapBack(i);
-  for (std::size_t i = balance.high + 1; i < n; ++i) swapBack(i);
+  for (std::size_t i = low; i-- > 0;) swapBack(i);
+  for (std::size_t i = high + 1; i < n; ++i) swapBack(i);
 }
 
 // To unit length, with the first of the largest elements real and positive.

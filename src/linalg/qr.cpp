@@ -22,6 +22,7 @@ AnalysisStatus factor(const Element* a, std::int32_t rows, std::int32_t columns,
   Workspace<Element> column(m), sums(std::max(m, n)), tau(std::min(m, n));
   if (!column || !sums || !tau) return FATHOM_ERR_MEMORY;
 
+  std::fill_n(tau.data(), std::min(m, n), Element{});
   // The reflections' vectors take the place of what they annihilate in R, until Q is made of them.
   std::copy_n(a, m * n, r);
   const MatrixBlock<Element> block = {r, n, m, n};
