@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "fathom.h"
 #include "frame/elementary.hpp"
+#include "frame/lanes.hpp"
 #include "linalg/hessenberg.hpp"
 
 namespace fathom {
@@ -18,11 +20,39 @@ FATHOM_INLINE void rotate(ComplexNum& x, ComplexNum& y, double c, ComplexNum s) 
   x = turned;
 }
 
-FATHOM_MULTIVERSION void rotateRows(ComplexNum* x, ComplexNum* y, std::size_t n, double c,
-                                    ComplexNum s) {
-  FATHOM_INDEPENDENT
-  for (std::size_t j = 0; j < n; ++j) rotate(x[j], y[j], c, s);
+template <typename L, std::size_t... i>
+FATHOM_INLINE void swapPairs(L& swapped, const L& x, std::index_sequence<i...>) {
+  swapped = __builtin_shufflevector(x, x, static_cast<int>(i ^ 1)...);
 }
+
+// As rotate, with real and imaginary parts where they are: the products with the imaginary part of
+// s take theirs exchanged, and the sign is in the factor.
+template <std::size_t bytes>
+FATHOM_INLINE void rotateRowsOf(ComplexNum* x, ComplexNum* y, std::size_t n, double c,
+                                ComplexNum s) {
+  constexpr std::size_t kLanes = bytes / sizeof(double);
+  constexpr auto kIndices = std::make_index_sequence<kLanes>();
+  double signedParts[kLanes];
+  for (std::size_t k = 0; k < kLanes; ++k) {
+    signedParts[k] = k % 2 == 0 ? -s.imaginary : s.imaginary;
+  }
+  Lanes<bytes> factor;
+  load(factor, signedParts);
+  std::size_t j = 0;
+  for (; j + kLanes / 2 <= n; j += kLanes / 2) {
+    double *p = reinterpret_cast<double*>(x + j), *q = reinterpret_cast<double*>(y + j);
+    Lanes<bytes> a, b, swappedA, swappedB;
+    load(a, p);
+    load(b, q);
+    swapPairs(swappedA, a, kIndices);
+    swapPairs(swappedB, b, kIndices);
+    store(p, c * a + (s.real * b + factor * swappedB));
+    store(q, c * b - (s.real * a - factor * swappedA));
+  }
+  for (; j < n; ++j) rotate(x[j], y[j], c, s);
+}
+FATHOM_BY_WIDTH(rotateRows, (ComplexNum * x, ComplexNum* y, std::size_t n, double c, ComplexNum s),
+                (x, y, n, c, s))
 
 // Two neighbouring columns, the first element of each at `first`.
 void rotateColumns(ComplexNum* first, std::size_t stride, std::size_t n, double c, ComplexNum s) {
