@@ -93,7 +93,6 @@ enum class Kind {
   kOnes,
   kNearlySingular,
   kFarOff,
-  kSkew,
   kCount
 };
 
@@ -109,58 +108,39 @@ Matrix<T> make(Kind kind, std::size_t m, std::size_t n) {
       return T(x[0], x[1]);
     }
   };
-  const auto fraction = [&](std::size_t i, std::size_t j) {
-    return static_cast<double>(i + j) / static_cast<double>(m + n);
-  };
-  for (std::size_t i = 0; i < m; ++i) {
-    for (std::size_t j = 0; j < n; ++j) {
-      T& x = a(i, j);
-      const double r = static_cast<double>(i), c = static_cast<double>(j);
-      switch (kind) {
-        case Kind::kUniform:
-          x = draw(i, j);
-          break;
-        case Kind::kGradedDown:
-          x = draw(i, j) * std::pow(1e-14, fraction(i, j));
-          break;
-        case Kind::kGradedUp:
-          x = draw(i, j) * std::pow(1e-14, 1 - fraction(i, j));
-          break;
-        case Kind::kHilbert:
-          x = 1.0 / (r + c + 1.0);
-          break;
-        case Kind::kVandermonde:
-          x = std::pow((r + 1.0) / static_cast<double>(m), c);
-          break;
-        case Kind::kCompanion:
-          x = i == 0 ? draw(i, j) : T(i == j + 1 ? 1.0 : 0.0);
-          break;
-        case Kind::kJordan:
-          x = i == j ? 2.0 : j == i + 1 ? 1.0 : 0.0;
-          break;
-        case Kind::kCirculant:
-          x = j == (i + 1) % n ? 1.0 : 0.0;
-          break;
-        case Kind::kPermutedTriangle:
-          x = 7 * i % m <= 7 * j % m ? draw(i, j) : T(0.0);
-          break;
-        case Kind::kOnes:
-          x = 1.0;
-          break;
-        case Kind::kNearlySingular:
-          x = i + 1 == m ? a(0, j) * (1.0 + 1e-15) : draw(i, j);
-          break;
-        case Kind::kFarOff:
-          x = draw(i, j) * 0x1p-520;
-          break;
-        case Kind::kSkew:
-          x = j == i + 1 ? 1e6 : i == j + 1 ? -1e-6 : 0.0;
-          break;
-        default:
-          break;
-      }
+  const auto element = [&](std::size_t i, std::size_t j) -> T {
+    const double r = static_cast<double>(i), c = static_cast<double>(j);
+    const double height = static_cast<double>(m), fraction = (r + c) / static_cast<double>(m + n);
+    switch (kind) {
+      case Kind::kUniform:
+        return draw(i, j);
+      case Kind::kGradedDown:
+        return draw(i, j) * std::pow(1e-14, fraction);
+      case Kind::kGradedUp:
+        return draw(i, j) * std::pow(1e-14, 1 - fraction);
+      case Kind::kHilbert:
+        return 1.0 / (r + c + 1.0);
+      case Kind::kVandermonde:
+        return std::pow((r + 1.0) / height, c);
+      case Kind::kCompanion:
+        return i == 0 ? draw(i, j) : T(i == j + 1 ? 1.0 : 0.0);
+      case Kind::kJordan:
+        return i == j ? 2.0 : j == i + 1 ? 1.0 : 0.0;
+      case Kind::kCirculant:
+        return j == (i + 1) % n ? 1.0 : 0.0;
+      case Kind::kPermutedTriangle:
+        return 7 * i % m <= 7 * j % m ? draw(i, j) : T(0.0);
+      case Kind::kOnes:
+        return 1.0;
+      case Kind::kNearlySingular:
+        return i + 1 == m ? a(0, j) * (1.0 + 1e-15) : draw(i, j);
+      case Kind::kFarOff:
+        return draw(i, j) * 0x1p-520;
+      default:
+        return 0.0;
     }
-  }
+  };
+  for (std::size_t i = 0; i < m * n; ++i) a.at[i] = element(i / n, i % n);
   return a;
 }
 
