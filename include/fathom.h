@@ -4108,8 +4108,10 @@ FATHOM_API AnalysisStatus SymEigenValueVector(const double* a, int32_t n, int32_
  * Householder reflections, and that to a quasi-triangular form by QR sweeps with two implicit
  * shifts; back substitution gives the vectors. Each has unit length, sqrt(sum |v[i]|^2) = 1, and
  * the element of largest magnitude, the first of equal ones, is real and positive. The vectors of a
- * defective matrix are parallel, or nearly so. Source: B. N. Parlett and C. Reinsch, "Balancing a
- * matrix for calculation of eigenvalues and eigenvectors", Numerische Mathematik, 1969; R. S.
+ * defective matrix are parallel, or nearly so. Errors are small beside the balanced matrix; where
+ * elements differ by tens of orders of magnitude, not always beside the given one. Source: B. N.
+ * Parlett and C. Reinsch, "Balancing a matrix for calculation of eigenvalues and eigenvectors",
+ * Numerische Mathematik, 1969; R. S.
  * Martin and J. H. Wilkinson, "Similarity reduction of a general matrix to Hessenberg form",
  * Numerische Mathematik, 1968; G. Peters and J. H. Wilkinson, "Eigenvectors of real and complex
  * matrices by LR and QR triangularizations", Numerische Mathematik, 1970; B. T. Smith et al.,
