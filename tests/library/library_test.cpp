@@ -87,7 +87,8 @@ TEST(Library, RefusesCountsThatAreTooSmall) {
         const AnalysisStatus expected = value == 0 ? a.zero : a.negative;
         EXPECT_EQ(r.call(slots), expected) << r.name << " argument " << i << " = " << value;
         if (expected != FATHOM_OK) {
-          EXPECT_TRUE(untouched(r, slots, before)) << r.name << " wrote, argument " << i << " = " << value;
+          EXPECT_TRUE(untouched(r, slots, before))
+              << r.name << " wrote, argument " << i << " = " << value;
         }
       }
     }
@@ -114,7 +115,8 @@ TEST(Library, SurvivesEveryFailedAllocation) {
             index < r.failedRequests.size() ? r.failedRequests[index] : FATHOM_ERR_MEMORY;
         EXPECT_EQ(status, expected) << r.name << " size " << size << " request " << k;
         if (!r.writesBeforeFailure) {
-          EXPECT_TRUE(untouched(r, slots, before)) << r.name << " wrote, size " << size << " request " << k;
+          EXPECT_TRUE(untouched(r, slots, before))
+              << r.name << " wrote, size " << size << " request " << k;
         }
       }
     }

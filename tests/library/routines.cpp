@@ -447,8 +447,7 @@ const std::vector<Routine>& routines() {
                              out(), choice(FATHOM_FIR_TRIANGULAR))),
       writesFirst(ELEMENTARY(Wind_BSF, real(1), real(0.1), real(0.2), count(FATHOM_ERR_ORDER),
                              out(), choice(FATHOM_FIR_HAMMING))),
-      writesFirst(
-          ELEMENTARY(Ksr_LPF, real(1), real(0.1), count(FATHOM_ERR_ORDER), out(), real(6))),
+      writesFirst(ELEMENTARY(Ksr_LPF, real(1), real(0.1), count(FATHOM_ERR_ORDER), out(), real(6))),
       writesFirst(
           ELEMENTARY(Ksr_HPF, real(1), real(0.1), count(FATHOM_ERR_ORDER), out(), real(-1))),
       writesFirst(ELEMENTARY(Ksr_BPF, real(1), real(0.1), real(0.2), count(FATHOM_ERR_ORDER), out(),
