@@ -231,7 +231,6 @@ TEST(Eigen, RefusesInOrderAndWritesNothing) {
   expect(FATHOM_ERR_NO_SAMPLES, 0, 2, 1.0);
   for (const int32_t option : {-1, 2}) expect(FATHOM_ERR_SELECTION, INT32_MAX, option, 1.0);
   for (const int32_t option : {0, 1}) {
-    expect(FATHOM_ERR_MEMORY, INT32_MAX, option, 1.0);
     for (const double element : {kNan, kInf, -kInf}) {
       for (const int32_t n : {1, 2}) expect(FATHOM_ERR_ITERATIONS, n, option, element);
     }
