@@ -63,7 +63,7 @@ static double level(const IIRFilter* filter, double frequency) {
 /* The columns: two of each family, and two empty lines between families. */
 static AnalysisStatus printResponses(FILE* to) {
   for (int family = 0; family < kFamilies; ++family) {
-    const IIRFilterPtr filter = AllocIIRFilterPtr(FATHOM_LOWPASS, kOrder);
+    IIRFilter* filter = AllocIIRFilterPtr(FATHOM_LOWPASS, kOrder);
     const AnalysisStatus status = filter ? design(family, filter) : FATHOM_ERR_MEMORY;
     if (status == FATHOM_OK) {
       fprintf(to, "# %s\n", kNames[family]);

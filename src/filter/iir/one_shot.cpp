@@ -221,7 +221,10 @@ FATHOM_INLINE void runGroup(const Group& g, const double* x, std::size_t n, doub
 
 template <std::size_t bytes>
 FATHOM_INLINE void runAlikeOf(const Group& g, const double* x, std::size_t n, double* y) {
-  if (g.count == 0) return runHead(*g.head, x, n, y);
+  if (g.count == 0) {
+    if (g.head != nullptr) runHead(*g.head, x, n, y);
+    return;
+  }
   switch (formulaOf(*g.sections)) {
     case Formula::kSquare:
       return runGroup<bytes, Formula::kSquare, Formula::kFirstOrder>(g, x, n, y);
