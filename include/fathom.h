@@ -229,7 +229,7 @@ typedef struct WindowProperties {
 /**
  * Text of a status code.
  *
- * @param status any value
+ * @param[in] status any value
  * @return a constant, NUL-terminated text, never null and never to be freed; "Unknown error number"
  *         for a value that is not a status of this library
  */
@@ -238,7 +238,7 @@ FATHOM_API const char* GetAnalysisErrorString(AnalysisStatus status);
 /**
  * Releases an array that a routine of this library allocated and handed to the caller.
  *
- * @param memory the array, or null, which does nothing
+ * @param[in] memory the array, or null, which does nothing
  */
 FATHOM_API void FreeAnalysisMem(void* memory);
 
@@ -3402,9 +3402,9 @@ FATHOM_API AnalysisStatus EquiRpl_BSF(double fs, double lowPass, double lowStop,
  *
  * @param[in] a r x k elements
  * @param[in] b k x c elements
- * @param r rows of a, at least 1
- * @param k columns of a and rows of b, at least 1
- * @param c columns of b, at least 1
+ * @param[in] r rows of a, at least 1
+ * @param[in] k columns of a and rows of b, at least 1
+ * @param[in] c columns of b, at least 1
  * @param[out] result r x c elements; neither a nor b
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if r < 1, c < 1 or k < 1
  */
@@ -3415,8 +3415,8 @@ FATHOM_API AnalysisStatus MatrixMul(const double* a, const double* b, int32_t r,
  * Transpose of a matrix: t(j, i) = a(i, j), bit for bit.
  *
  * @param[in] a r x c elements
- * @param r rows of a, at least 1
- * @param c columns of a, at least 1
+ * @param[in] r rows of a, at least 1
+ * @param[in] c columns of a, at least 1
  * @param[out] t c x r elements; not a
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if r < 1 or c < 1
  */
@@ -3426,7 +3426,7 @@ FATHOM_API AnalysisStatus Transpose(const double* a, int32_t r, int32_t c, doubl
  * Trace of a square matrix: 0 + a(0, 0) + a(1, 1) + ...
  *
  * @param[in] a n x n elements
- * @param n rows and columns, at least 1
+ * @param[in] n rows and columns, at least 1
  * @param[out] trace the sum of the diagonal
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
@@ -3437,7 +3437,7 @@ FATHOM_API AnalysisStatus Trace(const double* a, int32_t n, double* trace);
  *
  * @param[in] x n elements
  * @param[in] y n elements
- * @param n count, at least 1
+ * @param[in] n count, at least 1
  * @param[out] dotProduct the sum
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
@@ -3448,9 +3448,9 @@ FATHOM_API AnalysisStatus DotProduct(const double* x, const double* y, int32_t n
  * Outer product of two vectors: p(i, j) = x[i] y[j].
  *
  * @param[in] x nx elements
- * @param nx count of x, at least 1
+ * @param[in] nx count of x, at least 1
  * @param[in] y ny elements
- * @param ny count of y, at least 1
+ * @param[in] ny count of y, at least 1
  * @param[out] p nx x ny elements; neither x nor y
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if nx < 1 or ny < 1
  */
@@ -3463,9 +3463,9 @@ FATHOM_API AnalysisStatus OuterProduct(const double* x, int32_t nx, const double
  *
  * @param[in] a r x k elements
  * @param[in] b k x c elements
- * @param r rows of a, at least 1
- * @param k columns of a and rows of b, at least 1
- * @param c columns of b, at least 1
+ * @param[in] r rows of a, at least 1
+ * @param[in] k columns of a and rows of b, at least 1
+ * @param[in] c columns of b, at least 1
  * @param[out] result r x c elements; neither a nor b
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if r < 1, c < 1 or k < 1
  */
@@ -3477,8 +3477,8 @@ FATHOM_API AnalysisStatus CxMatrixMul(const ComplexNum* a, const ComplexNum* b, 
  * -0.
  *
  * @param[in] a r x c elements
- * @param r rows of a, at least 1
- * @param c columns of a, at least 1
+ * @param[in] r rows of a, at least 1
+ * @param[in] c columns of a, at least 1
  * @param[out] t c x r elements; not a
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if r < 1 or c < 1
  */
@@ -3489,8 +3489,8 @@ FATHOM_API AnalysisStatus CxTranspose(const ComplexNum* a, int32_t r, int32_t c,
  * min(r, c) elements of the diagonal.
  *
  * @param[in] a r x c elements
- * @param r rows, at least 1
- * @param c columns, at least 1
+ * @param[in] r rows, at least 1
+ * @param[in] c columns, at least 1
  * @param[out] trace the sum of the diagonal
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if r < 1 or c < 1
  */
@@ -3501,7 +3501,7 @@ FATHOM_API AnalysisStatus CxTrace(const ComplexNum* a, int32_t r, int32_t c, Com
  *
  * @param[in] x n elements
  * @param[in] y n elements
- * @param n count, at least 1
+ * @param[in] n count, at least 1
  * @param[out] dotProduct the sum
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1
  */
@@ -3512,9 +3512,9 @@ FATHOM_API AnalysisStatus CxDotProduct(const ComplexNum* x, const ComplexNum* y,
  * Outer product of two complex vectors, neither conjugated: p(i, j) = x[i] y[j].
  *
  * @param[in] x nx elements
- * @param nx count of x, at least 1
+ * @param[in] nx count of x, at least 1
  * @param[in] y ny elements
- * @param ny count of y, at least 1
+ * @param[in] ny count of y, at least 1
  * @param[out] p nx x ny elements; neither x nor y
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if nx < 1 or ny < 1
  */
@@ -3534,16 +3534,16 @@ FATHOM_API AnalysisStatus CxOuterProduct(const ComplexNum* x, int32_t nx, const 
  *                                                 b[j - i] above it; b[0] is not used
  *     FATHOM_MATRIX_VANDERMONDE  a, na            na x na: a[i] to the power na - 1 - j; the last
  *                                                 column is 1 whatever a is
- *     FATHOM_MATRIX_COMPANION    a, na            of the polynomial a[0] x^(na - 1) + ... + a[na -
- *                                                 1], na - 1 square: first row a[j + 1] / -a[0], 1
- *                                                 below the diagonal, else 0
+ *     FATHOM_MATRIX_COMPANION    a, na            na - 1 square, of the polynomial with the
+ *                                                 coefficients a, a[0] x^(na - 1) first: first row
+ *                                                 a[j + 1] / -a[0], 1 below the diagonal, else 0
  *
- * @param type one of FathomMatrix
- * @param size rows and columns of the identity, at least 1
+ * @param[in] type one of FathomMatrix
+ * @param[in] size rows and columns of the identity, at least 1
  * @param[in] a na elements
- * @param na count of a, at least 1; for a companion matrix at least 2
+ * @param[in] na count of a, at least 1; for a companion matrix at least 2
  * @param[in] b nb elements
- * @param nb count of b, 1 to na
+ * @param[in] nb count of b, 1 to na
  * @param[out] m the matrix; neither a nor b
  * @return FATHOM_OK; FATHOM_ERR_SELECTION if type is none of these; FATHOM_ERR_NO_SAMPLES if a
  *         count that it uses is out of its range
@@ -3553,15 +3553,15 @@ FATHOM_API AnalysisStatus SpecialMatrix(int32_t type, int32_t size, const double
 
 /**
  * As SpecialMatrix, with complex elements. Powers are products, one factor after the other from 1
- * on, so that those of infinities and NaNs may be NaN. The first row of a companion matrix is a[j +
- * 1] times -1 / a[0], whose parts are each divided by re re + im im of a[0].
+ * on, so that those of infinities and NaNs may be NaN. The first row of a companion matrix is
+ * a[j + 1] times -1 / a[0], whose parts are each divided by re re + im im of a[0].
  *
- * @param type one of FathomMatrix
- * @param size rows and columns of the identity, at least 1
+ * @param[in] type one of FathomMatrix
+ * @param[in] size rows and columns of the identity, at least 1
  * @param[in] a na elements
- * @param na count of a, at least 1; for a companion matrix at least 2
+ * @param[in] na count of a, at least 1; for a companion matrix at least 2
  * @param[in] b nb elements
- * @param nb count of b, 1 to na
+ * @param[in] nb count of b, 1 to na
  * @param[out] m the matrix; neither a nor b
  * @return FATHOM_OK; FATHOM_ERR_SELECTION if type is none of these; FATHOM_ERR_NO_SAMPLES if a
  *         count that it uses is out of its range
@@ -3696,8 +3696,7 @@ FATHOM_API AnalysisStatus GenLinEqs(const double* a, int32_t m, int32_t n, const
  * The inverse of A, by its type: LU for a general matrix, Cholesky for a positive definite one,
  * substitution for a triangular one, with the test for singular ones of GenLinEqs.
  *
- * In place: inverse may be a. If a general matrix is singular, inverse is what LU leaves; without
- * memory after LU, the factor.
+ * In place: inverse may be a. If a general matrix is singular, inverse is what LU leaves.
  *
  * @param[in] a n x n matrix
  * @param[in] n rows and columns, at least 1

@@ -122,15 +122,15 @@ AnalysisStatus solve(const Element* a, std::int32_t m, std::int32_t n, const Ele
 template <typename Element>
 AnalysisStatus invertGeneral(const Element* a, std::int32_t n, Element* inverse) {
   const auto size = static_cast<std::size_t>(n);
-  Workspace<std::int32_t> pivots(size);
-  if (!pivots) return FATHOM_ERR_MEMORY;
-  if (inverse != a) std::copy_n(a, size * size, inverse);
-  std::int32_t parity;
-  const AnalysisStatus status = factorLu(inverse, n, pivots.data(), &parity);
-  if (status != FATHOM_OK) return status;
   Workspace<Element> factor(scratchRequest<Element>(n));
   if (!factor) return FATHOM_ERR_MEMORY;
-  std::copy_n(inverse, size * size, factor.data());
+  Workspace<std::int32_t> pivots(size);
+  if (!pivots) return FATHOM_ERR_MEMORY;
+  std::copy_n(a, size * size, factor.data());
+  std::int32_t parity;
+  const AnalysisStatus status = factorLu(factor.data(), n, pivots.data(), &parity);
+  if (status == FATHOM_ERR_SINGULAR) std::copy_n(factor.data(), size * size, inverse);
+  if (status != FATHOM_OK) return status;
   invertFactored(factor.data(), size, pivots.data(), inverse, factor.data() + size * size);
   return FATHOM_OK;
 }

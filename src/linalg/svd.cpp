@@ -362,8 +362,8 @@ FATHOM_INLINE void rotateTile(double* tile, const Rotation* rotations, std::size
 }
 
 // Applies the rotations to `rows` rows of `length` doubles, through a tile that holds them column
-// after column. The tile has `height` rows,
-// half as many for complex elements, whose parts are columns of their own.
+// after column. The tile has `height` rows, half as many for complex elements, whose parts are
+// columns of their own.
 template <std::size_t bytes>
 FATHOM_INLINE void rotateRowsOf(double* a, std::size_t stride, std::size_t length, std::size_t rows,
                                 std::size_t height, double* tile, const Rotation* rotations,

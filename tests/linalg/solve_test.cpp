@@ -217,6 +217,7 @@ TEST(Solve, ChecksTypeThenShapeThenSingularity) {
                                      Determinant(a.data(), kHuge, x.data()),
                                      solve(a, kHuge, kHuge, b, 0, x),
                                      solve(a, kHuge, kHuge, b, 1, x),
+                                     kInvert(a, kHuge, FATHOM_GENERAL, x),
                                      kInvert(a, kHuge, 3, x)};
   for (const AnalysisStatus s : statuses) EXPECT_EQ(s, FATHOM_ERR_MEMORY);
   EXPECT_TRUE(x == untouched);
