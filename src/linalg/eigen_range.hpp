@@ -44,17 +44,6 @@ inline bool negligible(double x, double neighbours, double norm) {
   return neighbours + fabs(x) == neighbours || fabs(x) <= 0x1p-400 * norm;
 }
 
-// sqrt(a^2 + b^2), with no more care than it needs.
-inline double hypotenuse(double a, double b) {
-  const double sum = a * a + b * b;
-  if (sum > 0x1p-900 && sum < 0x1p1000) return sqrt(sum);
-  const double x = fabs(a), y = fabs(b);
-  const double larger = x > y ? x : y, smaller = x > y ? y : x;
-  if (larger == 0.0) return 0.0;
-  const double ratio = smaller / larger;
-  return larger * sqrt(1.0 + ratio * ratio);
-}
-
 }  // namespace fathom
 
 #endif

@@ -12,6 +12,7 @@
 #include "frame/multiversion.hpp"
 #include "frame/workspace.hpp"
 #include "linalg/eigen_range.hpp"
+#include "linalg/element.hpp"
 #include "linalg/householder.hpp"
 
 namespace fathom {

@@ -89,6 +89,18 @@ FATHOM_INLINE ComplexNum scaled(ComplexNum a, double factor) {
   return {a.real * factor, a.imaginary * factor};
 }
 
+// sqrt(a^2 + b^2), by way of the quotient where the squares could overflow or lose digits; NaN of
+// NaN.
+inline double hypotenuse(double a, double b) {
+  const double sum = a * a + b * b;
+  if (sum > 0x1p-900 && sum < 0x1p1000) return sqrt(sum);
+  const double x = fabs(a), y = fabs(b);
+  const double larger = x > y ? x : y, smaller = x > y ? y : x;
+  if (larger == 0.0 && smaller == 0.0) return 0.0;
+  const double ratio = smaller / larger;
+  return larger * sqrt(1.0 + ratio * ratio);
+}
+
 }  // namespace fathom
 
 #endif

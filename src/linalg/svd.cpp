@@ -185,16 +185,6 @@ FATHOM_BY_WIDTH(reflect,
                  const ComplexNum* t),
                 (a, v, f, r, t))
 
-// sqrt(a^2 + b^2), by way of the quotient where the squares could overflow or lose digits.
-double hypotenuse(double a, double b) {
-  const double sum = a * a + b * b;
-  if (sum > 0x1p-900 && sum < 0x1p1000) return sqrt(sum);
-  const double p = std::max(fabs(a), fabs(b));
-  if (p == 0.0) return 0.0;
-  const double q = std::min(fabs(a), fabs(b)) / p;
-  return p * sqrt(1.0 + q * q);
-}
-
 // The reflection that turns x, n values, to a multiple of its first unit vector: I + v v* / h,
 // whose v replaces x / scale. The multiple, scale g, is real, and so is what follows the
 // reflections.
