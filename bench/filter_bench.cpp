@@ -1,11 +1,14 @@
-// IIR filtering beside the plain loops, sample by sample with the state in memory, and Eigen's dot
-// products.
+// IIR filtering beside the plain loops, sample by sample with the state in memory, liquid-dsp,
+// SciPy and Eigen's dot products.
 #include <algorithm>
 
 #include "table.hpp"
 
 #if defined(FATHOM_BENCH_EIGEN)
 #include <Eigen/Core>
+#endif
+#if defined(FATHOM_BENCH_LIQUID)
+#include <liquid/liquid.h>
 #endif
 
 namespace fathom::bench {
@@ -71,6 +74,59 @@ void addCascadeRow(std::int32_t n, std::int32_t type, std::int32_t order, double
           }});
 }
 
+#if defined(FATHOM_BENCH_LIQUID)
+// The same sections in single precision, which is all that it has.
+std::shared_ptr<iirfilt_rrrf_s> liquidOf(const IIRFilter& f) {
+  std::vector<float> a, b(f.b, f.b + f.nb);
+  for (std::int32_t i = 0; i < f.na; ++i) {
+    if (i % 2 == 0) a.push_back(1.0F);
+    a.push_back(static_cast<float>(f.a[i]));
+  }
+  return {iirfilt_rrrf_create_sos(b.data(), a.data(), static_cast<unsigned>(f.na / 2)),
+          iirfilt_rrrf_destroy};
+}
+#endif
+
+void addPeerRows(std::int32_t order) {
+  const std::string work = nameOf("IIRCascadeFilt.", FATHOM_LOWPASS, order);
+  const auto cascade = [order] {
+    return [x = uniform(kBlock, -1.0, 1.0), y = constant(kBlock, 0.0),
+            filter = butterworth(FATHOM_LOWPASS, order)] {
+      return IIRCascadeFiltering(x->data(), kBlock, filter.get(), y->data());
+    };
+  };
+#if defined(FATHOM_BENCH_LIQUID)
+  addRow({work, kBlock, "liquid-dsp, floats", kNoGoal, [=]() -> Sides {
+            const Array x = uniform(kBlock, -1.0, 1.0);
+            const auto samples = std::make_shared<std::vector<float>>(x->begin(), x->end());
+            const auto filtered = std::make_shared<std::vector<float>>(kBlock);
+            const auto filter = liquidOf(*butterworth(FATHOM_LOWPASS, order));
+            return {cascade(), [=] {
+                      iirfilt_rrrf_execute_block(filter.get(), samples->data(), kBlock,
+                                                 filtered->data());
+                    }};
+          }});
+#else
+  leaveOut("liquid-dsp", "IIRCascadeFiltering");
+#endif
+  const auto sosfilt = [=] {
+    return secondsByPython(
+        "import time\nimport numpy\nfrom scipy.signal import butter,sosfilt\n"
+        "t=time.process_time\nx=numpy.random.default_rng(1).uniform(-1,1," +
+        std::to_string(kBlock) + ")\nf=butter(" + std::to_string(order) +
+        ",0.2,output='sos')\nb=1e9\n"
+        "for i in range(60):\n s=t()\n sosfilt(f,x)\n b=min(b,t()-s)\nprint(b)\n");
+  };
+  if (sosfilt() > 0.0) {
+    addRow({work, kBlock, "SciPy sosfilt", kNoGoal, [=]() -> Sides {
+              const double seconds = sosfilt();
+              return {cascade(), [=] { spend(seconds); }};
+            }});
+  } else {
+    leaveOut("SciPy", "IIRCascadeFiltering");
+  }
+}
+
 void addOneShotRow(std::int32_t type, std::int32_t order) {
   addRow({nameOf("one call,", type, order), kBlock, "IIRCascadeFiltering", 1.0, [=]() -> Sides {
             const Array x = uniform(kBlock, -1.0, 1.0), y = constant(kBlock, 0.0);
@@ -133,6 +189,7 @@ void addFilterRows() {
                   {FATHOM_BANDPASS, 16, 3.5}};
   for (const auto& c : cascades) addCascadeRow(kBlock, c.type, c.order, c.goal);
   for (const auto& c : cascades) addCascadeRow(kShortBlock, c.type, c.order, 1.0);
+  for (const std::int32_t order : {2, 4, 8, 16}) addPeerRows(order);
   for (const auto& c : cascades) addOneShotRow(c.type, c.order);
   for (const std::int32_t order : {5, 15}) addOneShotRow(FATHOM_LOWPASS, order);
   addForwardRows();

@@ -1,8 +1,5 @@
 // FIR designs beside SciPy's exchange, and windowed ones beside their sines and cosines.
-#include <time.h>
-
 #include <cmath>
-#include <cstdio>
 
 #include "table.hpp"
 
@@ -34,30 +31,14 @@ std::string list(const std::vector<double>& values) {
   return text + "]";
 }
 
-// Processor seconds of one design by SciPy, the least of many in a Python of its own; 0 where there
-// is none.
+// Of one design, the least of many.
 double remezSeconds(const Exchange& e) {
-  const std::string program =
+  return secondsByPython(
       "import time\nfrom scipy.signal import remez\nt=time.process_time\nb=1e9\n"
       "for i in range(60):\n s=t()\n remez(" +
       std::to_string(e.n) + "," + list(e.edges) + "," + list(e.desired) +
       ",weight=" + list(e.weights) + ",fs=1,grid_density=16,maxiter=99,type='" +
-      (e.type == 2 ? "differentiator" : "bandpass") + "')\n b=min(b,t()-s)\nprint(b)\n";
-  for (std::string command : {"python3", "/usr/bin/python3"}) {
-    command.append(" -c \"").append(program).append("\" 2>/dev/null");
-    std::FILE* pipe = popen(command.c_str(), "r");
-    double seconds = 0.0;
-    const bool got = pipe != nullptr && std::fscanf(pipe, "%lf", &seconds) == 1;
-    if (pipe != nullptr) pclose(pipe);
-    if (got) return seconds;
-  }
-  return 0.0;
-}
-
-double processorTime() {
-  timespec t{};
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-  return static_cast<double>(t.tv_sec) + 1e-9 * static_cast<double>(t.tv_nsec);
+      (e.type == 2 ? "differentiator" : "bandpass") + "')\n b=min(b,t()-s)\nprint(b)\n");
 }
 
 }  // namespace
@@ -78,11 +59,7 @@ void addFirRows() {
                                            e.desired.data(), e.weights.data(), 1.0, e.edges.data(),
                                            e.type, e.n, h->data(), deviation.get());
                       },
-                      // The time that Python measured, spent again.
-                      [=] {
-                        const double end = processorTime() + seconds;
-                        while (processorTime() < end) continue;
-                      }};
+                      [=] { spend(seconds); }};
             }});
   }
   for (const std::int32_t n : {101, 1'001, 100'001}) {

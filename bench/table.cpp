@@ -208,6 +208,23 @@ class TableReporter : public benchmark::BenchmarkReporter {
 
 }  // namespace
 
+double secondsByPython(const std::string& program) {
+  for (std::string command : {"python3", "/usr/bin/python3"}) {
+    command.append(" -c \"").append(program).append("\" 2>/dev/null");
+    std::FILE* pipe = popen(command.c_str(), "r");
+    double seconds = 0.0;
+    const bool got = pipe != nullptr && std::fscanf(pipe, "%lf", &seconds) == 1;
+    if (pipe != nullptr) pclose(pipe);
+    if (got) return seconds;
+  }
+  return 0.0;
+}
+
+void spend(double seconds) {
+  const double end = now() + seconds;
+  while (now() < end) continue;
+}
+
 void addRow(Row row) {
   const Row& kept = rows().emplace_back(std::move(row));
   benchmark::RegisterBenchmark(nameOf(kept).c_str(), [&kept](benchmark::State& state) {

@@ -36,6 +36,12 @@ inline constexpr double kNoGoal = 0.0;
 inline constexpr std::int32_t kSizes[] = {1'000, 30'000, 4'000'000};
 
 void addRow(Row row);
+
+// Processor seconds that a Python program measures and prints; 0 where no Python can run it.
+double secondsByPython(const std::string& program);
+// Spends as much processor time again: the side of a peer that was measured elsewhere.
+void spend(double seconds);
+
 void leaveOut(const std::string& peer, const std::string& work);
 
 // One function per source file, each adding its rows.
