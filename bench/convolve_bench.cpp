@@ -79,6 +79,24 @@ void addDotRow(const Size& s) {
 }
 #endif
 
+void addNumpyRow(const Size& s) {
+  const auto seconds = [s] {
+    return secondsByPython("import time\nimport numpy\nt=time.process_time\nx=numpy.ones(" +
+                           std::to_string(s.nx) + ")\ny=numpy.ones(" + std::to_string(s.ny) +
+                           ")\nb=1e9\nfor i in range(60):\n s=t()\n"
+                           " for j in range(10): numpy.convolve(x,y)\n"
+                           " b=min(b,t()-s)\nprint(b/10)\n");
+  };
+  if (!(seconds() > 0.0)) return leaveOut("NumPy", "Convolve");
+  addRow({nameOf("Convolve", s), s.nx, "NumPy convolve", kNoGoal, [=]() -> Sides {
+            const Array x = constant(s.nx, 1.0), y = constant(s.ny, 1.0);
+            const Array result = constant(s.nx + s.ny - 1, 0.0);
+            const double each = seconds();
+            return {[=] { return Convolve(x->data(), s.nx, y->data(), s.ny, result->data()); },
+                    [=] { spend(each); }};
+          }});
+}
+
 }  // namespace
 
 void addConvolveRows() {
@@ -89,6 +107,7 @@ void addConvolveRows() {
     addDotRow(s);
 #endif
   }
+  addNumpyRow({4'096, 512, kNoGoal, kNoGoal, kNoGoal});
 #if !defined(FATHOM_BENCH_EIGEN)
   leaveOut("Eigen", "Convolve");
 #endif
