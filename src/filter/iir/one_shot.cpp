@@ -10,8 +10,18 @@ namespace fathom {
 namespace {
 
 // How a section's output is formed from its inputs and outputs. An odd order's first section, of
-// half the degree of the others, is one of the first three.
-enum class Formula { kFirstOrder, kResonator, kNotch, kSquare, kSecond, kBandpass, kFourth };
+// half the degree of the others, is one of the first four.
+enum class Formula {
+  kFirstSum,
+  kFirstDifference,
+  kResonator,
+  kNotch,
+  kSum,
+  kDifference,
+  kSecond,
+  kBandpass,
+  kFourth
+};
 
 bool isHead(Formula f) {
   return f <= Formula::kNotch;
@@ -20,8 +30,9 @@ bool isHead(Formula f) {
 Formula formulaOf(const Section& s) {
   switch (s.numerator) {
     case Numerator::kSum:
+      return s.degree == 1 ? Formula::kFirstSum : Formula::kSum;
     case Numerator::kDifference:
-      return s.degree == 1 ? Formula::kFirstOrder : Formula::kSquare;
+      return s.degree == 1 ? Formula::kFirstDifference : Formula::kDifference;
     case Numerator::kBandpass:
       return s.degree == 2 ? Formula::kResonator : Formula::kBandpass;
     case Numerator::kNotch:
@@ -32,22 +43,19 @@ Formula formulaOf(const Section& s) {
   return s.degree == 2 ? Formula::kSecond : Formula::kFourth;
 }
 
-// Of the terms with x1 in a sum or difference; to multiply by it is exact.
-double signOf(const Section& s) {
-  return s.numerator == Numerator::kDifference ? -1.0 : 1.0;
-}
-
 // The first section of an odd order, one sample at a time.
 template <Formula formula>
 class Head {
  public:
   FATHOM_INLINE explicit Head(const Section& s)
-      : sign_(signOf(s)), g_(s.b[0]), b1_(s.b[1]), c1_(-s.a[0]), c2_(-s.a[1]) {}
+      : g_(s.b[0]), b1_(s.b[1]), c1_(-s.a[0]), c2_(-s.a[1]) {}
 
   FATHOM_INLINE double next(double x) {
     double y;
-    if constexpr (formula == Formula::kFirstOrder) {
-      y = (x + sign_ * x1_) * g_ + c1_ * y1_;
+    if constexpr (formula == Formula::kFirstSum) {
+      y = (x + x1_) * g_ + c1_ * y1_;
+    } else if constexpr (formula == Formula::kFirstDifference) {
+      y = (x - x1_) * g_ + c1_ * y1_;
     } else if constexpr (formula == Formula::kResonator) {
       y = (x - x2_) * g_ + c1_ * y1_ + c2_ * y2_;
     } else {
@@ -61,33 +69,32 @@ class Head {
   }
 
  private:
-  double sign_, g_, b1_, c1_, c2_;
+  double g_, b1_, c1_, c2_;
   double x1_ = 0.0, x2_ = 0.0, y1_ = 0.0, y2_ = 0.0;
 };
 
 // The other sections, all of one formula, in the lanes of rows.
 template <Formula formula>
 struct Pairs {
-  static constexpr int kDegree = formula == Formula::kSquare || formula == Formula::kSecond ? 2 : 4;
+  static constexpr int kDegree =
+      formula == Formula::kBandpass || formula == Formula::kFourth ? 4 : 2;
 
   template <typename E, int vectors>
   struct Stage {
     struct State {
       E x[kDegree][vectors], y[kDegree][vectors];  // the latest first
     };
-    E sign[vectors], b[3][vectors], c[kDegree][vectors];
+    E b[3][vectors], c[kDegree][vectors];
     State state;
 
     FATHOM_INLINE Stage(const Section* sections, std::size_t count) {
       constexpr std::size_t kLanes = kLanesIn<E> * vectors;
-      double s[kLanes] = {}, numerator[3][kLanes] = {}, denominator[kDegree][kLanes] = {};
+      double numerator[3][kLanes] = {}, denominator[kDegree][kLanes] = {};
       for (std::size_t i = 0; i < count; ++i) {
         const std::size_t lane = kLanes - count + i;
-        s[lane] = signOf(sections[i]);
         for (int j = 0; j < 3; ++j) numerator[j][lane] = sections[i].b[j];
         for (int j = 0; j < kDegree; ++j) denominator[j][lane] = -sections[i].a[j];
       }
-      loadRow(sign, s);
       for (int j = 0; j < 3; ++j) loadRow(b[j], numerator[j]);
       for (int j = 0; j < kDegree; ++j) {
         loadRow(c[j], denominator[j]);
@@ -101,9 +108,12 @@ struct Pairs {
         auto& [x, y] = state;
         const E x0 = t[v];
         E out;
-        if constexpr (formula == Formula::kSquare) {
-          const E x1 = sign[v] * x[0][v];
-          out = c[0][v] * y[0][v] + c[1][v] * y[1][v] + (x0 + x1 + x1 + x[1][v]) * b[0][v];
+        if constexpr (formula == Formula::kSum) {
+          out =
+              c[0][v] * y[0][v] + c[1][v] * y[1][v] + (x0 + x[0][v] + x[0][v] + x[1][v]) * b[0][v];
+        } else if constexpr (formula == Formula::kDifference) {
+          out =
+              c[0][v] * y[0][v] + c[1][v] * y[1][v] + (x0 - x[0][v] - x[0][v] + x[1][v]) * b[0][v];
         } else if constexpr (formula == Formula::kSecond) {
           out = c[0][v] * y[0][v] + c[1][v] * y[1][v] +
                 ((x0 + x[1][v]) * b[0][v] + x[0][v] * b[1][v]);
@@ -145,8 +155,10 @@ FATHOM_INLINE void runHead(Head<formula> head, const double* x, std::size_t n, d
 
 FATHOM_INLINE void runHead(const Section& s, const double* x, std::size_t n, double* y) {
   switch (formulaOf(s)) {
-    case Formula::kFirstOrder:
-      return runHead(Head<Formula::kFirstOrder>(s), x, n, y);
+    case Formula::kFirstSum:
+      return runHead(Head<Formula::kFirstSum>(s), x, n, y);
+    case Formula::kFirstDifference:
+      return runHead(Head<Formula::kFirstDifference>(s), x, n, y);
     case Formula::kResonator:
       return runHead(Head<Formula::kResonator>(s), x, n, y);
     default:
@@ -226,10 +238,13 @@ FATHOM_INLINE void runAlikeOf(const Group& g, const double* x, std::size_t n, do
     return;
   }
   switch (formulaOf(*g.sections)) {
-    case Formula::kSquare:
-      return runGroup<bytes, Formula::kSquare, Formula::kFirstOrder>(g, x, n, y);
+    case Formula::kSum:
+      return runGroup<bytes, Formula::kSum, Formula::kFirstSum>(g, x, n, y);
+    case Formula::kDifference:
+      return runGroup<bytes, Formula::kDifference, Formula::kFirstDifference>(g, x, n, y);
     case Formula::kSecond:
-      return runGroup<bytes, Formula::kSecond, Formula::kFirstOrder>(g, x, n, y);
+      return runGroup<bytes, Formula::kSecond, Formula::kFirstSum, Formula::kFirstDifference>(g, x,
+                                                                                              n, y);
     case Formula::kBandpass:
       return runGroup<bytes, Formula::kBandpass, Formula::kResonator>(g, x, n, y);
     default:
