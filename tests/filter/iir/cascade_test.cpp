@@ -68,6 +68,19 @@ TEST(Cascade, BlocksOfAnyLengthHaveTheBitsOfThePlainLoop) {
   }
 }
 
+TEST(Cascade, DesigningAgainKeepsState) {
+  Record record(FATHOM_BANDPASS, 3);
+  const Values x = uniform(40);
+  Values y(40);
+  Bw_CascadeCoef(1, 0.1, 0.2, record);
+  IIRCascadeFiltering(x.data(), 40, record, y.data());
+  const Values before = stateOf(record);
+  ResetIIRFilter(record);
+  ASSERT_EQ(Ch_CascadeCoef(1, 0.2, 0.3, 1, record), FATHOM_OK);
+  EXPECT_TRUE(SameBits(stateOf(record), before));
+  EXPECT_EQ(record->reset, 1);
+}
+
 TEST(Cascade, ResetClearsTheStateEvenWithoutSamples) {
   Record record(FATHOM_BANDPASS, 3), fresh(FATHOM_BANDPASS, 3);
   const Values x = uniform(100);
