@@ -28,7 +28,6 @@ void copyTransposed(ComplexNum a, ComplexNum* t) {
 // one element at a time.
 template <std::size_t bytes, typename Element>
 FATHOM_INLINE void transpose(const Element* a, std::size_t rows, std::size_t columns, Element* t) {
-  // One or two: an element is not always a double. NOLINTNEXTLINE(bugprone-sizeof-expression)
   constexpr std::size_t kParts = sizeof(Element) / sizeof(double);
   constexpr std::size_t kSide = fathom::kLanesOf<bytes> / kParts;
   const std::size_t squareRows = rows / kSide * kSide, squareColumns = columns / kSide * kSide;

@@ -200,7 +200,7 @@ Routine cascadeFiltering() {
 // A record's life: a routine that reports by a null record, and two that report nothing.
 Routine recordLife(const char* name) {
   return {name, {choice(FATHOM_BANDPASS), choice(6), out()}, [](Slots& s) {
-            const IIRFilterPtr filter = AllocIIRFilterPtr(s[0].integer, s[1].integer);
+            IIRFilter* filter = AllocIIRFilterPtr(s[0].integer, s[1].integer);
             if (filter == nullptr) return FATHOM_ERR_MEMORY;
             ResetIIRFilter(filter);
             const double fields[] = {1.0 * filter->na, 1.0 * filter->nb, 1.0 * filter->reset};

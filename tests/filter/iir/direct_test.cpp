@@ -13,7 +13,7 @@ Values directPlainly(const Values& x, const Values& a, Values& outputs, const Va
     for (std::size_t k = a.size(); k-- > 1;) sum -= a[k] * outputs[outputs.size() - k];
     outputs.push_back(a.empty() ? sum : sum / a[0]);
   }
-  const Values y(outputs.end() - static_cast<std::ptrdiff_t>(x.size()), outputs.end());
+  Values y(outputs.end() - static_cast<std::ptrdiff_t>(x.size()), outputs.end());
   const auto last = [](Values& v, std::size_t count) {
     v.erase(v.begin(), v.end() - static_cast<std::ptrdiff_t>(count));
   };
