@@ -32,6 +32,7 @@ TEST(Units, ValuesAndLabelsOfEveryChoice) {
         std::string label = std::string("V\0", 2) + "##########!";  // room for 11 more than "V"
         const AnalysisStatus status = SpectrumUnitConversion(in, count(x), kind, scale, unit, 1.5,
                                                              0.3, kNan, y, label.data());
+        // As far as its terminator. NOLINTNEXTLINE(readability-redundant-string-cstr)
         EXPECT_EQ(label.c_str() + label.substr(12), expected + "!");
         return status;
       });
