@@ -13,6 +13,7 @@
 namespace {
 
 using fathom::Complex;
+using fathom::forEach;
 
 struct Operand {
   const double* re;
@@ -23,36 +24,17 @@ struct Operand {
 struct Result {
   double* re;
   double* im;
-  FATHOM_INLINE void set(std::size_t i, Complex z) const {
-    re[i] = z.real;
-    im[i] = z.imaginary;
-  }
 };
-
+FATHOM_INLINE void set(Result y, std::size_t i, Complex z) {
+  y.re[i] = z.real;
+  y.im[i] = z.imaginary;
+}
+FATHOM_INLINE std::size_t beforeLine(Result y, std::size_t n) {
+  return fathom::beforeLine(y.re, n);
+}
 FATHOM_INLINE void fetchAhead(Result y, std::size_t start) {
   fathom::fetchAhead<fathom::kBlock>(y.re + start);
   fathom::fetchAhead<fathom::kBlock>(y.im + start);
-}
-
-// y[i] = element(i) for every i. Long outputs are aligned and fetched as those of one array are.
-template <typename Element>
-FATHOM_INLINE void forEach(std::size_t n, Result y, Element element) {
-  constexpr std::size_t kWorthAligning = 256;
-  constexpr std::size_t kBeyondFirstCache = 2048;
-  std::size_t start = 0;
-  if (n >= kWorthAligning) {
-    const std::size_t head = fathom::beforeLine(y.re, n);
-    for (; start < head; ++start) y.set(start, element(start));
-  }
-  if (n >= kBeyondFirstCache) {
-    for (; start + fathom::kBlock <= n; start += fathom::kBlock) {
-      fetchAhead(y, start);
-      FATHOM_INDEPENDENT
-      for (std::size_t i = 0; i < fathom::kBlock; ++i) y.set(start + i, element(start + i));
-    }
-  }
-  FATHOM_INDEPENDENT
-  for (std::size_t i = start; i < n; ++i) y.set(i, element(i));
 }
 
 FATHOM_MULTIVERSION void multiply(Operand a, Operand b, std::size_t n, Result y) {
@@ -80,14 +62,14 @@ FATHOM_MULTIVERSION std::size_t divideChecked(Operand a, Operand b, std::size_t 
     fetchAhead(y, start);
     FATHOM_INDEPENDENT
     for (std::size_t i = 0; i < length; ++i) {
-      y.set(start + i, fathom::quotient(a[start + i], b[start + i], m[i]));
+      set(y, start + i, fathom::quotient(a[start + i], b[start + i], m[i]));
     }
     start += length;
   }
   for (; start < n; ++start) {
     const double square = fathom::squaredModulus(b[start]);
     if (!fathom::isNonzero(square)) break;
-    y.set(start, fathom::quotient(a[start], b[start], square));
+    set(y, start, fathom::quotient(a[start], b[start], square));
   }
   return start;
 }

@@ -1,4 +1,5 @@
-// The walk of the element-wise routines: y[i] = element(i), where y may be what element reads.
+// The walk of the element-wise routines: y[i] = element(i), where y may be what element reads. y is
+// an array, or anything with beforeLine, fetchAhead and set.
 #ifndef FATHOM_ARRAY_FOR_EACH_HPP
 #define FATHOM_ARRAY_FOR_EACH_HPP
 
@@ -36,23 +37,30 @@ FATHOM_INLINE void fetchAhead(const double* x) {
   }
 }
 
-template <typename Element>
-FATHOM_INLINE void forEach(std::size_t n, double* y, Element element) {
+FATHOM_INLINE void fetchAhead(double* y, std::size_t start) {
+  fetchAhead<kBlock>(y + start);
+}
+FATHOM_INLINE void set(double* y, std::size_t i, double value) {
+  y[i] = value;
+}
+
+template <typename Output, typename Element>
+FATHOM_INLINE void forEach(std::size_t n, Output y, Element element) {
   constexpr std::size_t kWorthAligning = 256;
   std::size_t start = 0;
   if (n >= kWorthAligning) {
     const std::size_t head = beforeLine(y, n);
-    for (; start < head; ++start) y[start] = element(start);
+    for (; start < head; ++start) set(y, start, element(start));
   }
   if (n >= kWorthFetching) {
     for (; start + kBlock <= n; start += kBlock) {
-      fetchAhead<kBlock>(y + start);
+      fetchAhead(y, start);
       FATHOM_INDEPENDENT
-      for (std::size_t i = 0; i < kBlock; ++i) y[start + i] = element(start + i);
+      for (std::size_t i = 0; i < kBlock; ++i) set(y, start + i, element(start + i));
     }
   }
   FATHOM_INDEPENDENT
-  for (std::size_t i = start; i < n; ++i) y[i] = element(i);
+  for (std::size_t i = start; i < n; ++i) set(y, i, element(i));
 }
 
 }  // namespace fathom

@@ -10,8 +10,6 @@
 
 namespace fathom {
 
-inline constexpr double kEpsilon = 0x1p-52;
-
 // Finds the power of two to multiply by, from one part after another.
 class EigenRange {
  public:

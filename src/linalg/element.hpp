@@ -13,6 +13,9 @@
 
 namespace fathom {
 
+// The distance from 1 to the next larger double.
+inline constexpr double kEpsilon = 0x1p-52;
+
 template <typename Element>
 inline constexpr bool kIsComplex = std::is_same_v<Element, ComplexNum>;
 static_assert(sizeof(ComplexNum) == 2 * sizeof(double));

@@ -9,13 +9,11 @@
 #include "frame/workspace.hpp"
 #include "linalg/element.hpp"
 #include "linalg/lu.hpp"
+#include "linalg/overloads.hpp"
 #include "linalg/packed.hpp"
 
 namespace fathom {
 namespace {
-
-// Singular values up to this, times the larger side and the largest of them, count as zero.
-constexpr double kRankTolerance = 0x1p-52;
 
 bool isMatrixType(std::int32_t type) {
   return type >= FATHOM_GENERAL && type <= FATHOM_UPPER_TRIANGULAR;
@@ -33,15 +31,6 @@ AnalysisStatus factorLu(double* a, std::int32_t n, std::int32_t* pivots, std::in
 AnalysisStatus factorLu(ComplexNum* a, std::int32_t n, std::int32_t* pivots, std::int32_t* parity) {
   return CxLU(a, n, pivots, parity);
 }
-AnalysisStatus decompose(double* a, std::int32_t m, std::int32_t n, double* u, double* s,
-                         double* v) {
-  return SVD(a, m, n, u, s, v);
-}
-AnalysisStatus decompose(ComplexNum* a, std::int32_t m, std::int32_t n, ComplexNum* u,
-                         ComplexNum* s, ComplexNum* v) {
-  return CxSVD(a, m, n, u, s, v);
-}
-
 // sums[k] = 0 + conj(A(0, k)) b[0] + conj(A(1, k)) b[1] + ... over the rows of A.
 template <typename Element>
 void columnSums(const Element* a, std::size_t rows, std::size_t columns, const Element* b,
@@ -66,17 +55,11 @@ AnalysisStatus solveGeneral(const Element* a, std::int32_t m, std::int32_t n, co
   Workspace<Element> s(columns), c(columns);
   if (!s || !c) return FATHOM_ERR_MEMORY;
 
-  if (m < n) {
-    for (std::size_t i = 0; i < columns; ++i) {
-      for (std::size_t j = 0; j < rows; ++j) work[j * columns + i] = conjugate(a[i * rows + j]);
-    }
-  } else {
-    std::copy_n(a, rows * columns, work.data());
-  }
+  copyTall(a, m, n, work.data());
   const AnalysisStatus status = decompose(work.data(), tall, narrow, u.data(), s.data(), v.data());
   if (status != FATHOM_OK) return status;
 
-  const double tolerance = kRankTolerance * static_cast<double>(rows) * realPart(s[0]);
+  const double tolerance = kEpsilon * static_cast<double>(rows) * realPart(s[0]);
   std::size_t rank = 0;
   for (std::size_t k = 0; k < columns; ++k) {
     if (realPart(s[k]) > tolerance) ++rank;

@@ -13,6 +13,7 @@
 #include "frame/multiversion.hpp"
 #include "frame/workspace.hpp"
 #include "linalg/element.hpp"
+#include "linalg/householder.hpp"
 #include "linalg/tile.hpp"
 
 namespace fathom {
@@ -21,35 +22,12 @@ namespace {
 constexpr double kNegligible = 1e-16;
 constexpr int kPasses = 30;
 
-// What becomes of |x| in a sum that only scales: the sum of both parts of a complex number.
-FATHOM_INLINE double size(double x) {
-  return fabs(x);
-}
-FATHOM_INLINE double size(ComplexNum x) {
-  return fabs(x.real) + fabs(x.imaginary);
-}
-
 template <typename Element>
 constexpr std::size_t partsOf = sizeof(Element) / sizeof(double);
 
-// Part of a matrix stored row after row.
-template <typename Element>
-struct Block {
-  Element* first;
-  std::size_t stride;
-  std::size_t rows;
-  std::size_t columns;
-
-  FATHOM_INLINE Element* row(std::size_t i) const { return first + i * stride; }
-  // Without its first i rows and j columns.
-  FATHOM_INLINE Block from(std::size_t i, std::size_t j) const {
-    return {row(i) + j, stride, rows - i, columns - j};
-  }
-};
-
 // sums[j] = x[0] A(0, j) + x[1] A(1, j) + ..., four rows in one walk over the sums.
 template <typename Element>
-FATHOM_INLINE void columnSumsOf(Block<Element> a, const Element* x, Element* sums) {
+FATHOM_INLINE void columnSumsOf(MatrixBlock<Element> a, const Element* x, Element* sums) {
   const std::size_t columns = a.columns;
   for (std::size_t j = 0; j < columns; ++j) sums[j] = Element{};
   std::size_t k = 0;
@@ -71,7 +49,7 @@ FATHOM_INLINE void columnSumsOf(Block<Element> a, const Element* x, Element* sum
 
 // A(k, j) = A(k, j) + f[j] y[k].
 template <typename Element>
-FATHOM_INLINE void addProductOf(Block<Element> a, const Element* y, const Element* f) {
+FATHOM_INLINE void addProductOf(MatrixBlock<Element> a, const Element* y, const Element* f) {
   for (std::size_t k = 0; k < a.rows; ++k) {
     Element* row = a.row(k);
     const Element yk = y[k];
@@ -83,7 +61,7 @@ FATHOM_INLINE void addProductOf(Block<Element> a, const Element* y, const Elemen
 // sums[k] = A(k, 0) conj(r[0]) + A(k, 1) conj(r[1]) + ... for `groups` vectors of rows: their lanes
 // are rows, for which squares of the matrix are transposed on the way.
 template <std::size_t bytes, std::size_t groups, typename Element>
-FATHOM_INLINE void rowSumsOf(Block<Element> a, const Element* r, Element* sums) {
+FATHOM_INLINE void rowSumsOf(MatrixBlock<Element> a, const Element* r, Element* sums) {
   constexpr std::size_t kLanes = kLanesOf<bytes>, kParts = partsOf<Element>;
   const std::size_t stride = a.stride * kParts, length = a.columns * kParts;
   const double* first = reinterpret_cast<const double*>(a.first);
@@ -143,11 +121,11 @@ FATHOM_INLINE Element rowSum(const Element* a, const Element* r, std::size_t n) 
 // To each row in turn: the column reflection's f[j] v[k] is added where there is one, then the row
 // reflection's sum of A(k, j) conj(r[j]) times t[j].
 template <std::size_t bytes, typename Element>
-FATHOM_INLINE void reflectOf(Block<Element> a, const Element* v, const Element* f, const Element* r,
-                             const Element* t) {
+FATHOM_INLINE void reflectOf(MatrixBlock<Element> a, const Element* v, const Element* f,
+                             const Element* r, const Element* t) {
   constexpr std::size_t kLanes = kLanesOf<bytes>, kRows = 2 * kLanes;
   for (std::size_t k = 0; k < a.rows; k += kRows) {
-    const Block<Element> rows = {a.row(k), a.stride, std::min(kRows, a.rows - k), a.columns};
+    const MatrixBlock<Element> rows = {a.row(k), a.stride, std::min(kRows, a.rows - k), a.columns};
     if (f != nullptr) addProductOf(rows, v + k, f);
     if (r == nullptr) continue;
     Element sums[kRows];
@@ -164,25 +142,27 @@ FATHOM_INLINE void reflectOf(Block<Element> a, const Element* v, const Element* 
   }
 }
 
-FATHOM_MULTIVERSION void columnSums(Block<double> a, const double* x, double* sums) {
+FATHOM_MULTIVERSION void columnSums(MatrixBlock<double> a, const double* x, double* sums) {
   columnSumsOf(a, x, sums);
 }
-FATHOM_MULTIVERSION void columnSums(Block<ComplexNum> a, const ComplexNum* x, ComplexNum* sums) {
+FATHOM_MULTIVERSION void columnSums(MatrixBlock<ComplexNum> a, const ComplexNum* x,
+                                    ComplexNum* sums) {
   columnSumsOf(a, x, sums);
 }
-FATHOM_MULTIVERSION void addProduct(Block<double> a, const double* y, const double* f) {
+FATHOM_MULTIVERSION void addProduct(MatrixBlock<double> a, const double* y, const double* f) {
   addProductOf(a, y, f);
 }
-FATHOM_MULTIVERSION void addProduct(Block<ComplexNum> a, const ComplexNum* y, const ComplexNum* f) {
+FATHOM_MULTIVERSION void addProduct(MatrixBlock<ComplexNum> a, const ComplexNum* y,
+                                    const ComplexNum* f) {
   addProductOf(a, y, f);
 }
 FATHOM_BY_WIDTH(reflect,
-                (Block<double> a, const double* v, const double* f, const double* r,
+                (MatrixBlock<double> a, const double* v, const double* f, const double* r,
                  const double* t),
                 (a, v, f, r, t))
 FATHOM_BY_WIDTH(reflect,
-                (Block<ComplexNum> a, const ComplexNum* v, const ComplexNum* f, const ComplexNum* r,
-                 const ComplexNum* t),
+                (MatrixBlock<ComplexNum> a, const ComplexNum* v, const ComplexNum* f,
+                 const ComplexNum* r, const ComplexNum* t),
                 (a, v, f, r, t))
 
 // The reflection that turns x, n values, to a multiple of its first unit vector: I + v v* / h,
@@ -198,7 +178,7 @@ struct Reflection {
 template <typename Element>
 Reflection<Element> reflectionOf(Element* x, std::size_t n) {
   double scale = 0.0;
-  for (std::size_t k = 0; k < n; ++k) scale += size(x[k]);
+  for (std::size_t k = 0; k < n; ++k) scale += partSum(x[k]);
   if (scale == 0.0) return {0.0, 0.0, Element{}};
   double sum = 0.0;
   for (std::size_t k = 0; k < n; ++k) {
@@ -215,7 +195,7 @@ Reflection<Element> reflectionOf(Element* x, std::size_t n) {
 // reflections in and below the diagonal and those of the row reflections right of it. Returns the
 // bound of the norm, NaN where any of s and e is. `f` has room for 2n elements, `column` for m.
 template <typename Element>
-double bidiagonalise(Block<Element> u, double* s, double* e, Element* f, Element* column) {
+double bidiagonalise(MatrixBlock<Element> u, double* s, double* e, Element* f, Element* column) {
   const std::size_t m = u.rows, n = u.columns;
   Element* t = f + n;
   double bound = 0.0;
@@ -254,7 +234,7 @@ double bidiagonalise(Block<Element> u, double* s, double* e, Element* f, Element
 
 // V as the product of the row reflections that bidiagonalise left in u.
 template <typename Element>
-void accumulateRight(Block<Element> u, const double* e, Block<Element> v, Element* f,
+void accumulateRight(MatrixBlock<Element> u, const double* e, MatrixBlock<Element> v, Element* f,
                      Element* column) {
   const std::size_t n = u.columns;
   for (std::size_t i = n; i-- > 0;) {
@@ -275,7 +255,7 @@ void accumulateRight(Block<Element> u, const double* e, Block<Element> v, Elemen
 
 // U as the product of the column reflections that bidiagonalise left in it.
 template <typename Element>
-void accumulateLeft(Block<Element> u, const double* s, Element* f, Element* column) {
+void accumulateLeft(MatrixBlock<Element> u, const double* s, Element* f, Element* column) {
   const std::size_t m = u.rows, n = u.columns;
   for (std::size_t i = n; i-- > 0;) {
     const std::size_t l = i + 1, rest = n - l;
@@ -413,7 +393,7 @@ class Rotations {
     return 16 * std::min<std::size_t>(columns, 4096);
   }
 
-  Rotations(Block<Element> matrix, Rotation* list, double* tile)
+  Rotations(MatrixBlock<Element> matrix, Rotation* list, double* tile)
       : matrix_(matrix), list_(list), tile_(tile), capacity_(capacityFor(matrix.columns)) {}
 
   void add(std::size_t x, std::size_t z, double cosine, double sine) {
@@ -432,7 +412,7 @@ class Rotations {
   }
 
  private:
-  Block<Element> matrix_;
+  MatrixBlock<Element> matrix_;
   Rotation* list_;
   double* tile_;
   std::size_t capacity_;
@@ -545,7 +525,7 @@ void makePositive(double* s, std::size_t n, Element* v) {
 
 // Column j of each row becomes what column order[j] was. `row` has room for one row.
 template <typename Element>
-void permuteColumns(Block<Element> a, const std::int32_t* order, Element* row) {
+void permuteColumns(MatrixBlock<Element> a, const std::int32_t* order, Element* row) {
   for (std::size_t i = 0; i < a.rows; ++i) {
     for (std::size_t j = 0; j < a.columns; ++j) row[j] = a.row(i)[order[j]];
     std::copy_n(row, a.columns, a.row(i));
@@ -561,7 +541,7 @@ void copyValues(const double* values, std::size_t n, ComplexNum* s) {
 
 // A copy of the m x n matrix `a`, unless it is `a` itself, with rows of zeros below to at least n.
 template <typename Element>
-Block<Element> padded(const Element* a, std::size_t m, std::size_t n, Element* copy) {
+MatrixBlock<Element> padded(const Element* a, std::size_t m, std::size_t n, Element* copy) {
   if (copy != a) std::copy_n(a, m * n, copy);
   const std::size_t rows = std::max(m, n);
   std::fill(copy + m * n, copy + rows * n, Element{});
@@ -598,8 +578,8 @@ AnalysisStatus decompose(Element* a, bool padsInput, std::int32_t rows, std::int
   if (!work || !lists || !tile || !order) return FATHOM_ERR_MEMORY;
 
   if (padsInput) padded(a, m, n, a);
-  const Block<Element> left = padded<Element>(a, m, n, u);
-  const Block<Element> right = {v, n, n, n};
+  const MatrixBlock<Element> left = padded<Element>(a, m, n, u);
+  const MatrixBlock<Element> right = {v, n, n, n};
   double *values = work.reals.data(), *e = values + n;
   Element *f = work.elements.data(), *column = f + 2 * n;
   const double bound = bidiagonalise(left, values, e, f, column);

@@ -10,11 +10,11 @@
 #include "frame/workspace.hpp"
 #include "linalg/element.hpp"
 #include "linalg/kernel.hpp"
+#include "linalg/overloads.hpp"
 
 namespace fathom {
 namespace {
 
-constexpr double kEpsilon = 0x1p-52;
 constexpr double kSmallestRatio = 0x1p-63;
 
 AnalysisStatus valuesOf(const double* a, std::int32_t m, std::int32_t n, double* s) {
@@ -23,31 +23,6 @@ AnalysisStatus valuesOf(const double* a, std::int32_t m, std::int32_t n, double*
 AnalysisStatus valuesOf(const ComplexNum* a, std::int32_t m, std::int32_t n, ComplexNum* s) {
   return CxSVDS(a, m, n, s);
 }
-AnalysisStatus decompositionOf(double* a, std::int32_t m, std::int32_t n, double* s, double* v) {
-  return SVD(a, m, n, a, s, v);
-}
-AnalysisStatus decompositionOf(ComplexNum* a, std::int32_t m, std::int32_t n, ComplexNum* s,
-                               ComplexNum* v) {
-  return CxSVD(a, m, n, a, s, v);
-}
-
-template <typename Element>
-void conjugateTranspose(const Element* a, std::size_t rows, std::size_t columns, Element* t) {
-  for (std::size_t i = 0; i < rows; ++i) {
-    for (std::size_t j = 0; j < columns; ++j) t[j * rows + i] = conjugate(a[i * columns + j]);
-  }
-}
-
-// The matrix or its conjugate transpose: the one that has no fewer rows than columns.
-template <typename Element>
-void copyTall(const Element* a, std::int32_t m, std::int32_t n, Element* tall) {
-  if (m >= n) {
-    std::copy_n(a, matrixSize(m, n), tall);
-  } else {
-    conjugateTranspose(a, static_cast<std::size_t>(m), static_cast<std::size_t>(n), tall);
-  }
-}
-
 // The first and last singular value, and how many of them exceed tol; a negative one stands for
 // 2^-52 max(m, n) times the first.
 struct Spectrum {
@@ -105,15 +80,15 @@ AnalysisStatus pseudoInverse(const Element* a, std::int32_t m, std::int32_t n, d
 
   Element* u = overwritten != nullptr ? overwritten : copy.data();
   if (u != a) copyTall(a, m, n, u);
-  const AnalysisStatus status = decompositionOf(u, tallRows, tallColumns, s.data(), v.data());
+  const AnalysisStatus status = decompose(u, tallRows, tallColumns, u, s.data(), v.data());
   if (status != FATHOM_OK) return status;
   if (m >= n) {
     divideColumns(v.data(), columns, columns, s.data(), tol);
-    conjugateTranspose(u, rows, columns, turned.data());
+    conjugateTranspose(u, tallRows, tallColumns, turned.data());
     multiply(v.data(), columns, turned.data(), rows, inverse, rows, columns, columns, rows);
   } else {
     divideColumns(u, rows, columns, s.data(), tol);
-    conjugateTranspose(v.data(), columns, columns, turned.data());
+    conjugateTranspose(v.data(), tallColumns, tallColumns, turned.data());
     multiply(u, columns, turned.data(), columns, inverse, columns, rows, columns, columns);
   }
   return FATHOM_OK;

@@ -59,10 +59,13 @@ void idealResponse(int32_t type, double fs, double low, double high, int32_t n, 
   }
 }
 
-// Weights the taps by the window. Its routine shapes one point less than there are taps: the last
-// is the first.
+// The ideal response weighted by a window. The window's routine shapes one point less than there
+// are taps: the last is the first.
 template <typename Window>
-AnalysisStatus weight(int32_t n, double* h, Window window) {
+AnalysisStatus design(int32_t type, double fs, double low, double high, int32_t n, double* h,
+                      Window window) {
+  const AnalysisStatus failure = FIR_Coef(type, fs, low, high, n, h);
+  if (failure != FATHOM_OK) return failure;
   fathom::Workspace<double> w(static_cast<std::size_t>(n));
   if (!w) return FATHOM_ERR_MEMORY;
   Set1D(w.data(), n, 1.0);
@@ -72,33 +75,32 @@ AnalysisStatus weight(int32_t n, double* h, Window window) {
   return status;
 }
 
+AnalysisStatus rectangular(double*, int32_t) {
+  return FATHOM_OK;
+}
+
 AnalysisStatus windowed(int32_t type, double fs, double low, double high, int32_t n, double* h,
                         int32_t window) {
-  if (const AnalysisStatus status = FIR_Coef(type, fs, low, high, n, h); status != FATHOM_OK) {
-    return status;
-  }
   switch (window) {
     case FATHOM_FIR_RECTANGULAR:
-      return weight(n, h, [](double*, int32_t) { return AnalysisStatus{FATHOM_OK}; });
+      return design(type, fs, low, high, n, h, rectangular);
     case FATHOM_FIR_TRIANGULAR:
-      return weight(n, h, TriWin);
+      return design(type, fs, low, high, n, h, TriWin);
     case FATHOM_FIR_HANNING:
-      return weight(n, h, HanWin);
+      return design(type, fs, low, high, n, h, HanWin);
     case FATHOM_FIR_BLACKMAN:
-      return weight(n, h, BkmanWin);
+      return design(type, fs, low, high, n, h, BkmanWin);
     default:
-      return weight(n, h, HamWin);
+      return design(type, fs, low, high, n, h, HamWin);
   }
 }
 
 AnalysisStatus kaiser(int32_t type, double fs, double low, double high, int32_t n, double* h,
                       double beta) {
-  if (const AnalysisStatus status = FIR_Coef(type, fs, low, high, n, h); status != FATHOM_OK) {
-    return status;
-  }
   constexpr double kDefaultBeta = 4.5;
   const double shape = beta < 0.0 ? kDefaultBeta : beta;
-  return weight(n, h, [shape](double* x, int32_t points) { return KsrWin(x, points, shape); });
+  return design(type, fs, low, high, n, h,
+                [shape](double* x, int32_t points) { return KsrWin(x, points, shape); });
 }
 
 }  // namespace

@@ -128,8 +128,7 @@ AnalysisStatus Ch_CascadeCoef(double fs, double low, double high, double ripple,
 
 AnalysisStatus Ch_Coef(int32_t type, int32_t order, double fs, double low, double high,
                        double ripple, double* a, int32_t aCapacity, double* b, int32_t bCapacity) {
-  const double top =
-      type == FATHOM_LOWPASS || type == FATHOM_HIGHPASS ? fathom::highOfOneEdge(fs, low) : high;
+  const double top = fathom::hasOneEdge(type) ? fathom::highOfOneEdge(fs, low) : high;
   return fathom::directForm<fathom::Chebyshev>({type, order, fs, low, top, ripple},
                                                fathom::kOfDirectForm, a, aCapacity, b, bCapacity);
 }

@@ -15,6 +15,10 @@ inline bool isBandType(std::int32_t type) {
   return type == FATHOM_BANDPASS || type == FATHOM_BANDSTOP;
 }
 
+inline bool hasOneEdge(std::int32_t type) {
+  return type == FATHOM_LOWPASS || type == FATHOM_HIGHPASS;
+}
+
 inline bool isBand(std::int32_t type) {
   return type >= FATHOM_LOWPASS && type <= FATHOM_BANDSTOP;
 }

@@ -225,8 +225,7 @@ AnalysisStatus Elp_CascadeCoef(double fs, double low, double high, double ripple
 AnalysisStatus Elp_Coef(int32_t type, int32_t order, double fs, double low, double high,
                         double ripple, double attenuation, double* a, int32_t aCapacity, double* b,
                         int32_t bCapacity) {
-  const double top =
-      type == FATHOM_LOWPASS || type == FATHOM_HIGHPASS ? fathom::highOfOneEdge(fs, low) : high;
+  const double top = fathom::hasOneEdge(type) ? fathom::highOfOneEdge(fs, low) : high;
   return fathom::directForm<fathom::Elliptic>({type, order, fs, low, top, ripple, attenuation},
                                               fathom::kOfDirectForm, a, aCapacity, b, bCapacity);
 }

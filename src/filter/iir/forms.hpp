@@ -33,8 +33,8 @@ void runSections(const Section* sections, std::size_t count, const double* x, st
 
 // The request that a record and the edges make.
 inline Design designOf(const IIRFilter& record, double fs, double low, double high) {
-  const bool oneEdge = record.type == FATHOM_LOWPASS || record.type == FATHOM_HIGHPASS;
-  return {record.type, record.order, fs, low, oneEdge ? highOfOneEdge(fs, low) : high};
+  const double top = hasOneEdge(record.type) ? highOfOneEdge(fs, low) : high;
+  return {record.type, record.order, fs, low, top};
 }
 
 template <typename Family>

@@ -156,8 +156,7 @@ AnalysisStatus InvCh_CascadeCoef(double fs, double low, double high, double atte
 AnalysisStatus InvCh_Coef(int32_t type, int32_t order, double fs, double low, double high,
                           double attenuation, double* a, int32_t aCapacity, double* b,
                           int32_t bCapacity) {
-  const double top =
-      type == FATHOM_LOWPASS || type == FATHOM_HIGHPASS ? fathom::highOfOneEdge(fs, low) : high;
+  const double top = fathom::hasOneEdge(type) ? fathom::highOfOneEdge(fs, low) : high;
   return fathom::directForm<fathom::InverseChebyshev>({type, order, fs, low, top, 0.0, attenuation},
                                                       fathom::kOfDirectForm, a, aCapacity, b,
                                                       bCapacity);
