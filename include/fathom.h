@@ -186,11 +186,32 @@ enum FathomMatrix {
   FATHOM_MATRIX_COMPANION = 4
 };
 
+/** Rules of NumericIntegration. */
+enum FathomIntegration {
+  FATHOM_INTEGRATION_TRAPEZOIDAL = 0,
+  FATHOM_INTEGRATION_SIMPSON = 1,
+  FATHOM_INTEGRATION_SIMPSON_3_8 = 2,
+  FATHOM_INTEGRATION_BODE = 3
+};
+
+/** Algorithms of the general least-squares fits. */
+enum FathomLeastSquares {
+  FATHOM_LS_SINGULAR_VALUES = 0,
+  FATHOM_LS_HOUSEHOLDER = 1,
+  FATHOM_LS_GIVENS = 2,
+  FATHOM_LS_GRAM_SCHMIDT = 3,   /**< modified Gram-Schmidt */
+  FATHOM_LS_NORMAL_LU = 4,      /**< normal equations, LU decomposition */
+  FATHOM_LS_NORMAL_CHOLESKY = 5 /**< normal equations, Cholesky factorisation */
+};
+
 /** A complex value. Complex matrices and vectors of the linear algebra are arrays of them. */
 typedef struct ComplexNum {
   double real;
   double imaginary;
 } ComplexNum;
+
+/** A model for the nonlinear fits: its value at x for the k coefficients. */
+typedef double (*FathomModel)(double x, const double* coefficients, int32_t k);
 
 /**
  * An IIR filter as a cascade of sections, with its delay state: one heap block that
@@ -4149,6 +4170,52 @@ FATHOM_API AnalysisStatus GenEigenValueVector(const double* a, int32_t n, int32_
  */
 FATHOM_API AnalysisStatus CxEigenValueVector(const ComplexNum* a, int32_t n, int32_t option,
                                              ComplexNum* values, ComplexNum* vectors);
+
+/* ---- Fits of lines, exponentials, polynomials (src/fit/line.cpp, polynomial.cpp) ------------ */
+
+FATHOM_API AnalysisStatus LinFit(const double* x, const double* y, int32_t n, double* fitted,
+                                 double* slope, double* intercept, double* meanSquaredError);
+FATHOM_API AnalysisStatus ExpFit(const double* x, double* y, int32_t n, double* fitted,
+                                 double* amplitude, double* damping, double* meanSquaredError);
+FATHOM_API AnalysisStatus PolyFit(const double* x, const double* y, int32_t n, int32_t order,
+                                  double* fitted, double* coefficients, double* meanSquaredError);
+
+/* ---- General least squares (src/fit/least_squares.cpp) -------------------------------------- */
+
+FATHOM_API AnalysisStatus GenLSFit(const double* h, int32_t n, int32_t k, const double* y,
+                                   const double* standardDeviations, int32_t algorithm,
+                                   double* fitted, double* coefficients, double* covariance,
+                                   double* meanSquaredError);
+FATHOM_API AnalysisStatus GenLSFitCoef(const double* h, int32_t n, int32_t k, const double* y,
+                                       int32_t algorithm, double* coefficients);
+
+/* ---- Nonlinear fits (src/fit/nonlinear.cpp) ------------------------------------------------- */
+
+FATHOM_API AnalysisStatus NonLinearFit(const double* x, const double* y, int32_t n,
+                                       FathomModel model, double* coefficients, int32_t k,
+                                       double* fitted, double* meanSquaredError);
+FATHOM_API AnalysisStatus NonLinearFitWithMaxIters(const double* x, const double* y, int32_t n,
+                                                   FathomModel model, double* coefficients,
+                                                   int32_t k, int32_t maxIterations, double* fitted,
+                                                   double* meanSquaredError);
+
+/* ---- Interpolation (src/fit/interpolation.cpp) ---------------------------------------------- */
+
+FATHOM_API AnalysisStatus PolyInterp(const double* x, const double* y, int32_t n, double x0,
+                                     double* y0, double* errorEstimate);
+FATHOM_API AnalysisStatus RatInterp(const double* x, const double* y, int32_t n, double x0,
+                                    double* y0, double* errorEstimate);
+FATHOM_API AnalysisStatus Spline(const double* x, const double* y, int32_t n, double firstSlope,
+                                 double lastSlope, double* secondDerivatives);
+FATHOM_API AnalysisStatus SpInterp(const double* x, const double* y,
+                                   const double* secondDerivatives, int32_t n, double x0,
+                                   double* y0);
+
+/* ---- Integration, roots of polynomials (src/fit/integration.cpp, roots.cpp) ----------------- */
+
+FATHOM_API AnalysisStatus NumericIntegration(const double* x, int32_t n, double dt, int32_t method,
+                                             double* integral);
+FATHOM_API AnalysisStatus CxPolyRoots(const double* coefficients, int32_t n, ComplexNum* roots);
 
 #ifdef __cplusplus
 }
