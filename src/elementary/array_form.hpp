@@ -13,25 +13,46 @@ inline constexpr std::size_t kElementaryBlock = 128;
 // Blocks are padded to whole vectors of the widest kind.
 inline constexpr std::size_t kWidestLanes = 8;
 
-// y[i] = f(x[i]). `fast(x, n, y, doubt)`, for n a multiple of kWidestLanes, says whether any result
-// is in doubt; `slow(x)` is the function itself. y may be x.
-template <typename Fast, typename Slow>
-void evaluateArray(const double* x, std::size_t n, double* y, Fast fast, Slow slow) {
-  double argument[kElementaryBlock];
-  double value[kElementaryBlock];
+// Arguments and results of a block. Results may overwrite the caller's arguments, these not.
+template <std::size_t inputs, std::size_t outputs>
+struct ElementaryBlock {
+  double argument[inputs][kElementaryBlock];
+  double value[outputs][kElementaryBlock];
   std::uint64_t doubt[kElementaryBlock];
+};
+
+// Functions of several arguments, or with several results. `fast(block, n)` computes n values, a
+// multiple of kWidestLanes, and says whether any is in doubt; `slow(block, i)` computes value i.
+template <std::size_t inputs, std::size_t outputs, typename Fast, typename Slow>
+void evaluateArrays(const double* const (&x)[inputs], std::size_t n, double* const (&y)[outputs],
+                    Fast fast, Slow slow) {
+  ElementaryBlock<inputs, outputs> block;
   for (std::size_t start = 0; start < n; start += kElementaryBlock) {
     const std::size_t count = std::min(kElementaryBlock, n - start);
     const std::size_t padded = (count + kWidestLanes - 1) / kWidestLanes * kWidestLanes;
-    std::copy_n(x + start, count, argument);
-    std::fill(argument + count, argument + padded, 1.0);
-    if (fast(argument, padded, value, doubt)) {
+    for (std::size_t k = 0; k < inputs; ++k) {
+      std::copy_n(x[k] + start, count, block.argument[k]);
+      std::fill(block.argument[k] + count, block.argument[k] + padded, 1.0);
+    }
+    if (fast(block, padded)) {
       for (std::size_t i = 0; i < count; ++i) {
-        if (doubt[i] != 0) value[i] = slow(argument[i]);
+        if (block.doubt[i] != 0) slow(block, i);
       }
     }
-    std::copy_n(value, count, y + start);
+    for (std::size_t k = 0; k < outputs; ++k) std::copy_n(block.value[k], count, y[k] + start);
   }
+}
+
+// y[i] = f(x[i]), with `fast(x, n, y, doubt)` and `slow(x)`.
+template <typename Fast, typename Slow>
+void evaluateArray(const double* x, std::size_t n, double* y, Fast fast, Slow slow) {
+  using Block = ElementaryBlock<1, 1>;
+  evaluateArrays<1, 1>(
+      {x}, n, {y},
+      [fast](Block& b, std::size_t count) {
+        return fast(b.argument[0], count, b.value[0], b.doubt);
+      },
+      [slow](Block& b, std::size_t i) { b.value[0][i] = slow(b.argument[0][i]); });
 }
 
 }  // namespace fathom
