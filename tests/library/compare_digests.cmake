@@ -1,9 +1,13 @@
 # Runs digest programs and demands that they print the same.
-#   cmake -DPROGRAMS=a;b;... [-DREDUCED=program] -P compare_digests.cmake
+#   cmake "-DPROGRAMS=a;emulator b;..." [-DREDUCED=program] -P compare_digests.cmake
 # REDUCED is run twice, the second time with a C library that must do without fused multiply-add and
 # AVX2: only routines marked "libm" may then differ, and those that do are listed.
 function(run program result)
-  execute_process(COMMAND ${CMAKE_COMMAND} -E env ${ARGN} ${program} OUTPUT_VARIABLE text
+  set(command "${program}")
+  if(NOT EXISTS "${program}")
+    separate_arguments(command UNIX_COMMAND "${program}")
+  endif()
+  execute_process(COMMAND ${CMAKE_COMMAND} -E env ${ARGN} ${command} OUTPUT_VARIABLE text
     RESULT_VARIABLE status)
   if(status EQUAL 77)
     message("${program}: not for this processor, left out")
