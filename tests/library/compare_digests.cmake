@@ -2,6 +2,8 @@
 #   cmake "-DPROGRAMS=a;emulator b;..." [-DREDUCED=program] -P compare_digests.cmake
 # REDUCED is run twice, the second time with a C library that must do without fused multiply-add and
 # AVX2: only routines marked "libm" may then differ, and those that do are listed.
+cmake_policy(VERSION 3.20)
+
 function(run program result)
   set(command "${program}")
   if(NOT EXISTS "${program}")
