@@ -4173,19 +4173,131 @@ FATHOM_API AnalysisStatus CxEigenValueVector(const ComplexNum* a, int32_t n, int
 
 /* ---- Fits of lines, exponentials, polynomials (src/fit/line.cpp, polynomial.cpp) ------------ */
 
+/**
+ * Straight line y = slope x + intercept through points, by least squares:
+ * slope = (sx sy - n sxy) / d and intercept = (sx sxy - sy sxx) / d with d = sx^2 - n sxx and the
+ * sums sx, sxx, sy, sxy of x, x^2, y and x y. Where all x are equal, both are infinite or NaN, with
+ * status 0.
+ *
+ * In place: `fitted` may be `x`. It may be `y`, but then the error is that of the values which have
+ * taken the place of y: 0.
+ *
+ * @param[in] x n abscissas
+ * @param[in] y n ordinates
+ * @param[in] n number of points, at least 2
+ * @param[out] fitted n values of the line
+ * @param[out] slope units of y per unit of x
+ * @param[out] intercept units of y
+ * @param[out] meanSquaredError mean of (fitted - y)^2 over the n points
+ * @return FATHOM_OK; FATHOM_ERR_FEWER_THAN_TWO_SAMPLES if n < 2
+ */
 FATHOM_API AnalysisStatus LinFit(const double* x, const double* y, int32_t n, double* fitted,
                                  double* slope, double* intercept, double* meanSquaredError);
+/**
+ * Exponential y = amplitude exp(damping x) through points of one sign, by least squares of the
+ * logarithm: damping = (n sxl - sx sl) / (n sxx - sx^2) and
+ * amplitude = exp((sl - damping sx) / n), negative where y is, with the sums sx, sxx, sl, sxl of x,
+ * x^2, ln |y| and x ln |y|. The logarithm gives small values of y more weight than a fit of y itself
+ * would.
+ *
+ * y[0] decides: if it is above 0, all of y must be, and if it is below, likewise. If it is 0, the
+ * others must be 0 or below: then the sums hold logarithms that are infinite or NaN, and so are the
+ * results, with status 0. A NaN in y is a wrong sign.
+ *
+ * In place: `fitted` may be `x`. It may be `y`, but then the error is that of the values which have
+ * taken the place of y: 0. During the call y is negated where y[0] < 0, so nothing else may read it;
+ * afterwards it has its bits again.
+ *
+ * @param[in] x n abscissas
+ * @param[in,out] y n ordinates, unchanged on return
+ * @param[in] n number of points, at least 2
+ * @param[out] fitted n values of the exponential
+ * @param[out] amplitude units of y; 0 after any failure
+ * @param[out] damping per unit of x; negative where the curve decays; 0 after any failure
+ * @param[out] meanSquaredError mean of (fitted - y)^2 over the n points
+ * @return FATHOM_OK; FATHOM_ERR_FEWER_THAN_TWO_SAMPLES if n < 2; FATHOM_ERR_SIGN_OF_ARRAY if y is
+ *         not all of one sign
+ */
 FATHOM_API AnalysisStatus ExpFit(const double* x, double* y, int32_t n, double* fitted,
                                  double* amplitude, double* damping, double* meanSquaredError);
+/**
+ * Polynomial c[0] + c[1] x + ... + c[order] x^order through points, by least squares: GenLSFit with
+ * FATHOM_LS_SINGULAR_VALUES of the matrix of powers pow(x[i], j). Abscissas with fewer than
+ * order + 1 different values give the coefficients of smallest norm.
+ *
+ * In place: `fitted` may be `x` or `y`.
+ *
+ * @param[in] x n abscissas
+ * @param[in] y n ordinates
+ * @param[in] n number of points, at least 1
+ * @param[in] order 0 to n - 1
+ * @param[out] fitted n values of the polynomial
+ * @param[out] coefficients order + 1 values, that of the lowest power first
+ * @param[out] meanSquaredError mean of (y - fitted)^2 over the n points
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_NEGATIVE_ORDER if order < 0;
+ *         FATHOM_ERR_SIZE_BELOW_ORDER if order >= n; FATHOM_ERR_MEMORY; FATHOM_ERR_ITERATIONS as
+ *         from GenLSFit
+ */
 FATHOM_API AnalysisStatus PolyFit(const double* x, const double* y, int32_t n, int32_t order,
                                   double* fitted, double* coefficients, double* meanSquaredError);
 
 /* ---- General least squares (src/fit/least_squares.cpp) -------------------------------------- */
 
+/**
+ * General linear least squares: the coefficients c that minimise the sum of
+ * ((y[i] - h(i, 0) c[0] - ... - h(i, k - 1) c[k - 1]) / standardDeviations[i])^2.
+ *
+ * Columns are scaled by powers of two to like size first, so their units do not matter. What the
+ * factorisation gives is then refined (A. Bjoerck, "Iterative refinement of linear least squares
+ * solutions I", BIT, 1967) with residuals in twice the precision, so that as a rule every
+ * coefficient is right to its last digits, by whichever algorithm, as long as the condition number
+ * is below 10^14, or 10^7 for the normal equations. docs/fits.md has the digits for reference data.
+ *
+ * Linearly dependent columns: FATHOM_LS_SINGULAR_VALUES takes singular values of the scaled matrix
+ * of no more than 2^-52 n times the largest for zero, and gives, of all c that minimise the sum,
+ * the one of smallest norm. The others refuse a matrix in which a column has no more than that part
+ * of its length (of its squared length for FATHOM_LS_NORMAL_CHOLESKY, 10^-12 for
+ * FATHOM_LS_NORMAL_LU) outside those before it.
+ *
+ * In place: `fitted` may be `y`.
+ *
+ * @param[in] h n x k matrix: column j is the j-th function at the n points
+ * @param[in] n number of points, at least k
+ * @param[in] k number of coefficients, at least 1
+ * @param[in] y n observations
+ * @param[in] standardDeviations of the n observations, each above 0, in units of y; null if unknown,
+ *            for equal weights
+ * @param[in] algorithm a FathomLeastSquares
+ * @param[out] fitted n values H c
+ * @param[out] coefficients k values
+ * @param[out] covariance null, or k x k matrix: that of the coefficients, (H^T W H)^-1 with the
+ *             squared reciprocals of the deviations in W. Without deviations and with n > k it is
+ *             (H^T H)^-1 times the sum of the squared residuals / (n - k). Of dependent columns, the
+ *             pseudo-inverse stands for the inverse
+ * @param[out] meanSquaredError mean of ((y - fitted) / standardDeviations)^2 over the n points
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1 or k < 1; FATHOM_ERR_ARRAY_SIZE if k > n;
+ *         FATHOM_ERR_SELECTION if algorithm is not a FathomLeastSquares, or a deviation is not above
+ *         0; FATHOM_ERR_MEMORY; FATHOM_ERR_SINGULAR if columns are dependent, or not finite, for
+ *         all algorithms but FATHOM_LS_SINGULAR_VALUES; FATHOM_ERR_ITERATIONS if the singular
+ *         values do not converge, as where an element is infinite or NaN
+ */
 FATHOM_API AnalysisStatus GenLSFit(const double* h, int32_t n, int32_t k, const double* y,
                                    const double* standardDeviations, int32_t algorithm,
                                    double* fitted, double* coefficients, double* covariance,
                                    double* meanSquaredError);
+/**
+ * The coefficients of GenLSFit alone, with no standard deviations.
+ *
+ * @param[in] h n x k matrix: column j is the j-th function at the n points
+ * @param[in] n number of points, at least k
+ * @param[in] k number of coefficients, at least 1
+ * @param[in] y n observations
+ * @param[in] algorithm a FathomLeastSquares
+ * @param[out] coefficients k values
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1 or k < 1; FATHOM_ERR_ARRAY_SIZE if k > n;
+ *         FATHOM_ERR_SELECTION if algorithm is not a FathomLeastSquares; FATHOM_ERR_MEMORY;
+ *         FATHOM_ERR_SINGULAR and FATHOM_ERR_ITERATIONS as from GenLSFit
+ */
 FATHOM_API AnalysisStatus GenLSFitCoef(const double* h, int32_t n, int32_t k, const double* y,
                                        int32_t algorithm, double* coefficients);
 
@@ -4201,20 +4313,136 @@ FATHOM_API AnalysisStatus NonLinearFitWithMaxIters(const double* x, const double
 
 /* ---- Interpolation (src/fit/interpolation.cpp) ---------------------------------------------- */
 
+/**
+ * Value at x0 of the polynomial of degree n - 1 through n points (x[i], y[i]), with an error
+ * estimate, by Neville's scheme.
+ *
+ * The scheme starts from the point closest to x0, the first of equally close ones, and adds n - 1
+ * corrections along the path that stays in the middle of its triangle. Source: E. H. Neville,
+ * "Iterative interpolation", Journal of the Indian Mathematical Society, 1934.
+ *
+ * @param[in] x n abscissas, all different, in any order
+ * @param[in] y n ordinates
+ * @param[in] n number of points, at least 1
+ * @param[in] x0 where to interpolate; outside the abscissas the polynomial is continued
+ * @param[out] y0 the value; the sum is formed here, so it is no element of x
+ * @param[out] errorEstimate the last correction, of its sign; 0 if n is 1
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_MEMORY; FATHOM_ERR_DISTINCT_X if
+ *         two abscissas are equal: y0 then holds the sum up to the first correction that depends on
+ *         both, errorEstimate is as it was
+ */
 FATHOM_API AnalysisStatus PolyInterp(const double* x, const double* y, int32_t n, double x0,
                                      double* y0, double* errorEstimate);
+/**
+ * Value at x0 of the diagonal rational function through n points (x[i], y[i]), with an error
+ * estimate. Numerator and denominator are of degree (n - 1) / 2 if n is odd; if n is even, that of
+ * the denominator is n / 2 and that of the numerator one less. Good near poles, where polynomials
+ * fail.
+ *
+ * The triangle is walked as PolyInterp does. It starts from the ordinates and from the ordinates
+ * plus 1e-10, so that equal ones give no 0 / 0. Source: J. Stoer and R. Bulirsch, "Introduction to
+ * Numerical Analysis", Springer, 1980, section 2.2.
+ *
+ * @param[in] x n abscissas, all different, in any order
+ * @param[in] y n ordinates
+ * @param[in] n number of points, at least 1
+ * @param[in] x0 where to interpolate; at an abscissa, the first of equal ones, the result is its
+ *             ordinate
+ * @param[out] y0 the value; the sum is formed here, so it is no element of x
+ * @param[out] errorEstimate the last correction, of its sign; 0 at an abscissa or if n is 1
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_MEMORY; FATHOM_ERR_POLE if a
+ *         denominator is zero: y0 then holds the sum up to the first correction that depends on it,
+ *         errorEstimate is as it was
+ */
 FATHOM_API AnalysisStatus RatInterp(const double* x, const double* y, int32_t n, double x0,
                                     double* y0, double* errorEstimate);
+/**
+ * Second derivatives, for SpInterp, of the cubic spline through n points (x[i], y[i]): the function
+ * that is cubic between neighbours and has two continuous derivatives.
+ *
+ * An end whose slope argument is above 9.9e29 is natural, with second derivative 0; otherwise the
+ * spline has that slope there, a NaN included. The tridiagonal system is solved by elimination
+ * without pivots. Source: J. H. Ahlberg, E. N. Nilson and J. L. Walsh, "The Theory of Splines and
+ * Their Applications", Academic Press, 1967.
+ *
+ * @param[in] x n abscissas; neighbours, and neighbours but one, differ
+ * @param[in] y n ordinates
+ * @param[in] n number of points, at least 2
+ * @param[in] firstSlope slope at x[0], or above 9.9e29
+ * @param[in] lastSlope slope at x[n - 1], or above 9.9e29
+ * @param[out] secondDerivatives n second derivatives, in the unit of y per square of that of x;
+ *             neither x nor y
+ * @return FATHOM_OK, also for two points of equal abscissa, whose results are no numbers;
+ *         FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_FEWER_THAN_TWO_SAMPLES if n is 1;
+ *         FATHOM_ERR_MEMORY; FATHOM_ERR_DISTINCT_X if abscissas are equal among i - 1, i and i + 1:
+ *         the elements before the first such i then hold what the elimination left there, the
+ *         others are as they were
+ */
 FATHOM_API AnalysisStatus Spline(const double* x, const double* y, int32_t n, double firstSlope,
                                  double lastSlope, double* secondDerivatives);
+/**
+ * Value of a cubic spline: with h = x[hi] - x[lo], a = (x[hi] - x0) / h and b = (x0 - x[lo]) / h,
+ *
+ *     y0 = a y[lo] + b y[hi] + ((a^3 - a) y2[lo] + (b^3 - b) y2[hi]) h^2 / 6
+ *
+ * where bisection finds the neighbours lo and hi around x0. The factor 1/6 is held in extended
+ * precision, and its product rounded once.
+ *
+ * @param[in] x n abscissas in ascending order
+ * @param[in] y n ordinates
+ * @param[in] secondDerivatives y2, n second derivatives, of Spline
+ * @param[in] n number of points, at least 2
+ * @param[in] x0 where to interpolate; outside the abscissas the first or last cubic is continued
+ * @param[out] y0 the value
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_DISTINCT_X if n is 1 or the
+ *         neighbours of x0 have equal abscissas
+ */
 FATHOM_API AnalysisStatus SpInterp(const double* x, const double* y,
                                    const double* secondDerivatives, int32_t n, double x0,
                                    double* y0);
 
 /* ---- Integration, roots of polynomials (src/fit/integration.cpp, roots.cpp) ----------------- */
 
+/**
+ * Integral of a sampled signal, by a closed Newton-Cotes rule applied to one group of intervals
+ * after another. With h = |dt|, a group contributes
+ *
+ *     method                          n      group
+ *     FATHOM_INTEGRATION_TRAPEZOIDAL  >= 2   h (x[i] + x[i + 1]) / 2
+ *     FATHOM_INTEGRATION_SIMPSON      >= 3   h (x[i] + 4 x[i + 1] + x[i + 2]) / 3
+ *     FATHOM_INTEGRATION_SIMPSON_3_8  >= 4   h (3 x[i] + 9 x[i + 1] + 9 x[i + 2] + 3 x[i + 3]) / 8
+ *     FATHOM_INTEGRATION_BODE         >= 5   h (14 x[i] + 64 x[i + 1] + 24 x[i + 2] +
+ *                                               64 x[i + 3] + 14 x[i + 4]) / 45
+ *
+ * One, two or three intervals left over at the end are integrated by the first, second or third of
+ * these rules. The rules are exact for polynomials of degree 1, 3, 3 and 5, if no interval is left
+ * over. Groups are summed in the order of the samples; 1/3 and 1/45 are held in extended precision.
+ * Source: M. Abramowitz and I. A. Stegun, "Handbook of Mathematical Functions", 1964, section 25.4.
+ *
+ * @param[in] x n samples
+ * @param[in] n number of samples, at least that of the method
+ * @param[in] dt sampling interval, whose sign is ignored
+ * @param[in] method a FathomIntegration
+ * @param[out] integral in the unit of x times that of dt
+ * @return FATHOM_OK; FATHOM_ERR_SELECTION if method is not a FathomIntegration;
+ *         FATHOM_ERR_ARRAY_SIZE if n is too small for the method
+ */
 FATHOM_API AnalysisStatus NumericIntegration(const double* x, int32_t n, double dt, int32_t method,
                                              double* integral);
+/**
+ * Roots of the polynomial coefficients[0] x^(n - 1) + ... + coefficients[n - 1], as the eigenvalues
+ * of its companion matrix, by GenEigenValueVector. Computed roots are those of a polynomial with
+ * coefficients near these: a multiple root comes out as a cluster around it, and a root that is
+ * smaller than others by many orders of magnitude has fewer correct digits.
+ *
+ * @param[in] coefficients n coefficients, that of the highest power first, which is not zero
+ * @param[in] n number of coefficients, at least 2
+ * @param[out] roots n - 1 roots in the order of GenEigenValueVector: conjugate ones are neighbours,
+ *             the one with positive imaginary part first
+ * @return FATHOM_OK; FATHOM_ERR_FEWER_THAN_TWO_SAMPLES if n is 1; FATHOM_ERR_NO_SAMPLES if n < 1;
+ *         FATHOM_ERR_MEMORY; FATHOM_ERR_ITERATIONS if the eigenvalues do not converge, or the
+ *         quotient of a coefficient and the first is infinite or NaN, with nothing written
+ */
 FATHOM_API AnalysisStatus CxPolyRoots(const double* coefficients, int32_t n, ComplexNum* roots);
 
 #ifdef __cplusplus

@@ -184,7 +184,9 @@ constexpr E operator*(double a, const E& b) {
   return E(a) * b;
 }
 
+inline constexpr Extended kOneThird{extendedReciprocal(3)};
 inline constexpr Extended kOneSixth{extendedReciprocal(6)};
+inline constexpr Extended kOne45th{extendedReciprocal(45)};
 inline constexpr Extended kOne360th{extendedReciprocal(360)};
 
 }  // namespace fathom

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
 #include <cstring>
 
 #include "support/signals.hpp"
@@ -132,6 +133,31 @@ Routine heavyDiagonal(Routine r, std::size_t parts) {
     return status;
   };
   r.call = call;
+  return r;
+}
+
+// For its call, the array in an argument is made positive.
+Routine positive(Routine r, std::size_t argument) {
+  r.call = [inner = r.call, argument](Slots& s) {
+    const std::vector<double> before = s[argument].reals;
+    for (std::size_t i = Slot::kGuard; i < before.size() - Slot::kGuard; ++i)
+      s[argument].reals[i] = std::fabs(before[i]) + 0.5;
+    const AnalysisStatus status = inner(s);
+    s[argument].reals = before;
+    return status;
+  };
+  return r;
+}
+
+// A general fit whose algorithm 6 stands for one of the first four, by its number of points.
+Routine byTurns(Routine r) {
+  r.call = [inner = r.call](Slots& s) {
+    const std::int32_t algorithm = s[5].integer;
+    if (algorithm == 6 && s[1].integer > 0) s[5].integer = s[1].integer % 7 % 4;
+    const AnalysisStatus status = inner(s);
+    s[5].integer = algorithm;
+    return status;
+  };
   return r;
 }
 
@@ -514,6 +540,21 @@ const std::vector<Routine>& routines() {
       ROUTINE(CxEigenValueVector, in(), side(), choice(1), out(), out()),
       ROUTINE(ConditionNumber, in(), side(), side(), choice(1), reset()),
       ROUTINE(CxConditionNumber, in(), side(), side(), choice(1), reset()),
+      // fit/line, fit/polynomial, fit/least_squares
+      ROUTINE(LinFit, in(), in(), count(kTwo), out(), out(), out(), out()),
+      positive(ELEMENTARY(ExpFit, in(), inOut(), count(kTwo), out(), reset(), reset(), out()), 1),
+      ELEMENTARY(PolyFit, in(), in(), count(), choice(2), out(), out(), out()),
+      byTurns(positive(ROUTINE(GenLSFit, in(), side(), fixedCount(3), in(), in(), choice(6), out(),
+                               out(), out(), out()),
+                       4)),
+      ROUTINE(GenLSFitCoef, in(), side(), fixedCount(3), in(), choice(FATHOM_LS_SINGULAR_VALUES),
+              out()),
+      ROUTINE(PolyInterp, in(), in(), count(), real(0.3), out(), out()),
+      ROUTINE(RatInterp, in(), in(), count(), real(0.3), out(), out()),
+      ROUTINE(Spline, in(), in(), count(), real(1e30), real(0.5), out()),
+      ROUTINE(SpInterp, in(), in(), in(), count(), real(0.3), out()),
+      ROUTINE(NumericIntegration, in(), count(FATHOM_ERR_ARRAY_SIZE), real(-0.1), choice(3), out()),
+      ROUTINE(CxPolyRoots, in(), side(), out()),
   };
   return table;
 }
