@@ -4197,16 +4197,16 @@ FATHOM_API AnalysisStatus LinFit(const double* x, const double* y, int32_t n, do
  * Exponential y = amplitude exp(damping x) through points of one sign, by least squares of the
  * logarithm: damping = (n sxl - sx sl) / (n sxx - sx^2) and
  * amplitude = exp((sl - damping sx) / n), negative where y is, with the sums sx, sxx, sl, sxl of x,
- * x^2, ln |y| and x ln |y|. The logarithm gives small values of y more weight than a fit of y itself
- * would.
+ * x^2, ln |y| and x ln |y|. The logarithm gives small values of y more weight than a fit of y
+ * itself would.
  *
  * y[0] decides: if it is above 0, all of y must be, and if it is below, likewise. If it is 0, the
  * others must be 0 or below: then the sums hold logarithms that are infinite or NaN, and so are the
  * results, with status 0. A NaN in y is a wrong sign.
  *
  * In place: `fitted` may be `x`. It may be `y`, but then the error is that of the values which have
- * taken the place of y: 0. During the call y is negated where y[0] < 0, so nothing else may read it;
- * afterwards it has its bits again.
+ * taken the place of y: 0. During the call y is negated where y[0] < 0, so nothing else may read
+ * it; afterwards it has its bits again.
  *
  * @param[in] x n abscissas
  * @param[in,out] y n ordinates, unchanged on return
@@ -4265,20 +4265,20 @@ FATHOM_API AnalysisStatus PolyFit(const double* x, const double* y, int32_t n, i
  * @param[in] n number of points, at least k
  * @param[in] k number of coefficients, at least 1
  * @param[in] y n observations
- * @param[in] standardDeviations of the n observations, each above 0, in units of y; null if unknown,
- *            for equal weights
+ * @param[in] standardDeviations of the n observations, each above 0, in units of y; null if
+ *            unknown, for equal weights
  * @param[in] algorithm a FathomLeastSquares
  * @param[out] fitted n values H c
  * @param[out] coefficients k values
  * @param[out] covariance null, or k x k matrix: that of the coefficients, (H^T W H)^-1 with the
  *             squared reciprocals of the deviations in W. Without deviations and with n > k it is
- *             (H^T H)^-1 times the sum of the squared residuals / (n - k). Of dependent columns, the
- *             pseudo-inverse stands for the inverse
+ *             (H^T H)^-1 times the sum of the squared residuals / (n - k). Of dependent columns,
+ *             the pseudo-inverse stands for the inverse
  * @param[out] meanSquaredError mean of ((y - fitted) / standardDeviations)^2 over the n points
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1 or k < 1; FATHOM_ERR_ARRAY_SIZE if k > n;
- *         FATHOM_ERR_SELECTION if algorithm is not a FathomLeastSquares, or a deviation is not above
- *         0; FATHOM_ERR_MEMORY; FATHOM_ERR_SINGULAR if columns are dependent, or not finite, for
- *         all algorithms but FATHOM_LS_SINGULAR_VALUES; FATHOM_ERR_ITERATIONS if the singular
+ *         FATHOM_ERR_SELECTION if algorithm is not a FathomLeastSquares, or a deviation is not
+ *         above 0; FATHOM_ERR_MEMORY; FATHOM_ERR_SINGULAR if columns are dependent, or not finite,
+ *         for all algorithms but FATHOM_LS_SINGULAR_VALUES; FATHOM_ERR_ITERATIONS if the singular
  *         values do not converge, as where an element is infinite or NaN
  */
 FATHOM_API AnalysisStatus GenLSFit(const double* h, int32_t n, int32_t k, const double* y,

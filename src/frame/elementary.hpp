@@ -91,6 +91,9 @@ inline void cos(const double* x, std::size_t n, double* c) {
 inline void exp(const double* x, std::size_t n, double* e) {
   for (std::size_t i = 0; i < n; ++i) e[i] = exp(x[i]);
 }
+inline void log(const double* x, std::size_t n, double* l) {
+  for (std::size_t i = 0; i < n; ++i) l[i] = log(x[i]);
+}
 inline void sincos(const double* x, std::size_t n, double* s, double* c) {
   for (std::size_t i = 0; i < n; ++i) sincos(x[i], s[i], c[i]);
 }
