@@ -14,6 +14,7 @@
 
 #include "fathom.h"
 #include "support/bits.hpp"
+#include "support/digest.hpp"
 #include "support/failing_malloc.hpp"
 #include "support/guarded.hpp"
 #include "support/signals.hpp"
@@ -50,6 +51,13 @@ void expectBits(const Values& x, const Values& expected, Routine routine) {
   Values results = same.values();
   results.resize(expected.size());
   ASSERT_TRUE(SameBits(results, expected) && same.intact()) << x.size() << " in place";
+}
+
+// What a call returned and wrote.
+inline void add(Digest& digest, AnalysisStatus status, const Guarded& output) {
+  EXPECT_TRUE(output.intact());
+  digest.add(static_cast<std::uint64_t>(status));
+  for (const double v : output.values()) digest.add(v);
 }
 
 }  // namespace fathom::test
