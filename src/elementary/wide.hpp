@@ -206,7 +206,7 @@ struct Wide {
   }
 };
 
-// Off by less than an ulp of 1 relative to the sum, 2^(1 - 64 n); exact where the operands cancel.
+// Off by less than 2^(1 - 64 n), relative to the sum; exact where the operands nearly cancel.
 template <int n>
 constexpr Wide<n> operator+(const Wide<n>& a, const Wide<n>& b) {
   if (b.isZero()) return a;
@@ -275,7 +275,7 @@ constexpr Wide<n> operator/(const Wide<n>& a, const Wide<n>& b) {
 // The root of a >= 0 to within 2^(5 - 64 n), relative, for n up to 6: Newton's iteration for
 // 1 / sqrt(a), from 51 bits to 101, 201 and 401.
 template <int n>
-constexpr Wide<n> squareRoot(const Wide<n>& a) {
+Wide<n> squareRoot(const Wide<n>& a) {
   static_assert(n <= 6);
   if (a.isZero()) return a;
   const Wide<n> one(1.0);

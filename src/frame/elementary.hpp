@@ -30,18 +30,23 @@ inline double sqrt(double x) {
 inline double fabs(double x) {
   return std::fabs(x);
 }
-inline double floor(double x) {
-  return std::floor(x);
-}
-inline double ceil(double x) {
-  return std::ceil(x);
-}
-inline double fmod(double x, double y) {
-  return std::fmod(x, y);
-}
 inline double copysign(double x, double sign) {
   return std::copysign(x, sign);
 }
+// The neighbouring integer is the nearest one, which 2^52 leaves, or next to it. From 2^52 on, all
+// are integers.
+inline double floor(double x) {
+  const double nearest = copysign((fabs(x) + 0x1p52) - 0x1p52, x);
+  const double below = nearest - (nearest > x ? 1.0 : 0.0);
+  return fabs(x) < 0x1p52 ? below : x;
+}
+inline double ceil(double x) {
+  const double nearest = copysign((fabs(x) + 0x1p52) - 0x1p52, x);
+  const double above = copysign(nearest + (nearest < x ? 1.0 : 0.0), x);
+  return fabs(x) < 0x1p52 ? above : x;
+}
+// x minus as many times y as leave less than y, with the sign of x; exact.
+double fmod(double x, double y);
 inline bool isNan(double x) {
   return x != x;
 }
@@ -58,9 +63,7 @@ inline double tan(double x) {
 inline double atan2(double y, double x) {
   return std::atan2(y, x);
 }
-inline double exp(double x) {
-  return std::exp(x);
-}
+double exp(double x);
 inline double log(double x) {
   return std::log(x);
 }
@@ -88,9 +91,7 @@ inline void sin(const double* x, std::size_t n, double* s) {
 inline void cos(const double* x, std::size_t n, double* c) {
   for (std::size_t i = 0; i < n; ++i) c[i] = cos(x[i]);
 }
-inline void exp(const double* x, std::size_t n, double* e) {
-  for (std::size_t i = 0; i < n; ++i) e[i] = exp(x[i]);
-}
+void exp(const double* x, std::size_t n, double* e);
 inline void log(const double* x, std::size_t n, double* l) {
   for (std::size_t i = 0; i < n; ++i) l[i] = log(x[i]);
 }
