@@ -33,7 +33,7 @@ struct Bode {
 
 // The groups' sums are independent, their total is one chain of additions. Blocks are so short that
 // the sums of the next are under way while the chain of the one before still runs.
-constexpr std::size_t kBlock = 16;
+constexpr std::size_t kBlock = 8;
 
 template <typename Rule>
 FATHOM_INLINE double totalOf(const double* x, std::size_t intervals) {

@@ -104,6 +104,34 @@ FATHOM_MULTIVERSION std::size_t prepare(const double* x, const double* y, std::s
   return i;
 }
 
+struct Bracket {
+  std::size_t lo, hi;
+};
+
+// Bisection. The first steps are written to become branches, which are predicted when abscissas
+// come in order; the others to become selections, with nothing to mispredict when they do not.
+Bracket bracket(const double* x, std::size_t last, double x0) {
+  constexpr int kBranches = 4;
+  Bracket b = {0, last};
+  for (int i = 0; i < kBranches && b.hi - b.lo > 1; ++i) {
+    const std::size_t k = (b.hi + b.lo) / 2;
+    if (x[k] > x0) [[likely]] {
+      b.hi = k;
+    } else {
+      b.lo = k;
+    }
+  }
+  while (b.hi - b.lo > 1) {
+    const std::size_t k = (b.hi + b.lo) / 2;
+    if (x[k] > x0) {
+      b.hi = k;
+    } else {
+      b.lo = k;
+    }
+  }
+  return b;
+}
+
 }  // namespace
 
 AnalysisStatus PolyInterp(const double* x, const double* y, int32_t n, double x0, double* y0,
@@ -180,15 +208,7 @@ AnalysisStatus Spline(const double* x, const double* y, int32_t n, double firstS
 AnalysisStatus SpInterp(const double* x, const double* y, const double* secondDerivatives,
                         int32_t n, double x0, double* y0) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
-  std::size_t lo = 0, hi = static_cast<std::size_t>(n) - 1;
-  while (hi - lo > 1) {
-    const std::size_t k = (hi + lo) / 2;
-    if (x[k] > x0) {
-      hi = k;
-    } else {
-      lo = k;
-    }
-  }
+  const auto [lo, hi] = bracket(x, static_cast<std::size_t>(n) - 1, x0);
   const double h = x[hi] - x[lo];
   if (h == 0.0) return FATHOM_ERR_DISTINCT_X;
   const double a = (x[hi] - x0) / h;
