@@ -18,9 +18,11 @@
 #include "elementary/double_double.hpp"
 #include "fathom.h"
 #include "frame/elementary.hpp"
+#include "frame/lanes.hpp"
 #include "frame/multiversion.hpp"
 #include "frame/workspace.hpp"
 #include "linalg/element.hpp"
+#include "linalg/tile.hpp"
 
 namespace fathom {
 namespace {
@@ -56,11 +58,35 @@ FATHOM_INLINE void dotsOf(const double* x, const double* y, std::size_t stride, 
   }
 }
 
+// One sum alone has four times as many parts, as each waits for its own last addition.
+FATHOM_INLINE double dot(const double* x, const double* y, std::size_t rows) {
+  constexpr std::size_t kChains = 4;
+  double partial[kChains][kPartial] = {};
+  std::size_t i = 0;
+  for (; i + kChains * kPartial <= rows; i += kChains * kPartial) {
+    for (std::size_t c = 0; c < kChains; ++c) {
+      for (std::size_t l = 0; l < kPartial; ++l) {
+        partial[c][l] += x[i + c * kPartial + l] * y[i + c * kPartial + l];
+      }
+    }
+  }
+  for (; i < rows; i += kPartial) {
+    for (std::size_t l = 0; l < kPartial; ++l) partial[0][l] += x[i + l] * y[i + l];
+  }
+  for (std::size_t l = 0; l < kPartial; ++l) {
+    partial[0][l] = (partial[0][l] + partial[1][l]) + (partial[2][l] + partial[3][l]);
+  }
+  for (std::size_t half = kPartial / 2; half > 0; half /= 2) {
+    for (std::size_t l = 0; l < half; ++l) partial[0][l] += partial[0][l + half];
+  }
+  return partial[0][0];
+}
+
 FATHOM_INLINE void dots(const double* x, const double* y, std::size_t count, std::size_t rows,
                         double* sums) {
   std::size_t c = 0;
   for (; c + 4 <= count; c += 4) dotsOf<4>(x, y + c * rows, rows, rows, sums + c);
-  for (; c < count; ++c) dotsOf<1>(x, y + c * rows, rows, rows, sums + c);
+  for (; c < count; ++c) sums[c] = dot(x, y + c * rows, rows);
 }
 
 // y = y - factor x
@@ -94,12 +120,12 @@ FATHOM_MULTIVERSION void reflectBlock(double* q, std::size_t rows, std::size_t k
                                       Reflection* reflections, double* sums) {
   for (std::size_t j = 0; j < k; ++j) {
     double *v = q + j * rows, *row = r + j * k;
-    dotsOf<1>(v, v, rows, rows, sums);
-    if (sums[0] < kNegligible) {
+    const double square = dot(v, v, rows);
+    if (square < kNegligible) {
       reflections[j] = {0.0, 0.0};
       continue;
     }
-    const double alpha = row[j], norm = sqrt(alpha * alpha + sums[0]);
+    const double alpha = row[j], norm = sqrt(alpha * alpha + square);
     const double beta = alpha > 0.0 ? -norm : norm;
     const double pivot = alpha - beta, gamma = -beta * pivot;
     reflections[j] = {pivot, gamma};
@@ -124,9 +150,7 @@ FATHOM_MULTIVERSION void applyReflections(const double* q, std::size_t rows, std
     const auto [pivot, gamma] = reflections[j];
     if (gamma == 0.0) continue;
     const double* v = q + j * rows;
-    double sum;
-    dotsOf<1>(v, f, rows, rows, &sum);
-    const double factor = (pivot * top[j] + sum) / gamma;
+    const double factor = (pivot * top[j] + dot(v, f, rows)) / gamma;
     top[j] -= factor * pivot;
     subtract(f, factor, v, rows);
   }
@@ -240,13 +264,59 @@ FATHOM_MULTIVERSION void accurateProducts(const double* a, std::size_t rows, std
 }
 
 // Copies rows of `h` to a block, column after column.
-FATHOM_MULTIVERSION void gatherBlock(const double* h, std::size_t rows, std::size_t filled,
-                                     std::size_t k, double* a) {
-  for (std::size_t j = 0; j < k; ++j) {
-    double* column = a + j * rows;
-    for (std::size_t i = 0; i < filled; ++i) column[i] = h[i * k + j];
-    std::fill(column + filled, column + rows, 0.0);
+template <std::size_t bytes>
+FATHOM_INLINE void gatherBlockOf(const double* h, std::size_t rows, std::size_t filled,
+                                 std::size_t k, double* a) {
+  constexpr std::size_t kLanes = kLanesOf<bytes>;
+  std::size_t i = 0;
+  for (; i + kLanes <= filled; i += kLanes) {
+    std::size_t j = 0;
+    for (; j + kLanes <= k; j += kLanes) {
+      transposeSquare<bytes, 1>(h + i * k + j, k, a + j * rows + i, rows);
+    }
+    for (; j < k; ++j) {
+      for (std::size_t l = 0; l < kLanes; ++l) a[j * rows + i + l] = h[(i + l) * k + j];
+    }
   }
+  for (; i < rows; ++i) {
+    for (std::size_t j = 0; j < k; ++j) a[j * rows + i] = i < filled ? h[i * k + j] : 0.0;
+  }
+}
+FATHOM_BY_WIDTH(gatherBlock,
+                (const double* h, std::size_t rows, std::size_t filled, std::size_t k, double* a),
+                (h, rows, filled, k, a))
+
+// The largest magnitude of x / deviations and `largest`, by the bits, which order magnitudes.
+FATHOM_MULTIVERSION double largestOf(const double* x, const double* deviations, std::size_t rows,
+                                     double largest) {
+  constexpr std::int64_t kMagnitude = INT64_MAX;
+  std::int64_t partial[kPartial];
+  for (std::int64_t& size : partial) size = std::bit_cast<std::int64_t>(largest);
+  for (std::size_t i = 0; i < rows; i += kPartial) {
+    double values[kPartial];
+    for (std::size_t l = 0; l < kPartial; ++l) values[l] = x[i + l];
+    if (deviations != nullptr) {
+      for (std::size_t l = 0; l < kPartial; ++l) values[l] /= deviations[i + l];
+    }
+    for (std::size_t l = 0; l < kPartial; ++l) {
+      const std::int64_t size = std::bit_cast<std::int64_t>(values[l]) & kMagnitude;
+      partial[l] = size > partial[l] ? size : partial[l];
+    }
+  }
+  return std::bit_cast<double>(*std::max_element(partial, partial + kPartial));
+}
+
+// a = a scale, and q = a / deviations.
+FATHOM_MULTIVERSION void scaleColumn(double* a, double* q, double scale, const double* deviations,
+                                     std::size_t rows) {
+  FATHOM_INDEPENDENT
+  for (std::size_t i = 0; i < rows; ++i) a[i] = a[i] * scale;
+  if (deviations == nullptr) {
+    std::copy_n(a, rows, q);
+    return;
+  }
+  FATHOM_INDEPENDENT
+  for (std::size_t i = 0; i < rows; ++i) q[i] = a[i] / deviations[i];
 }
 
 // The matrix and everything that goes with it, in one piece of memory.
@@ -263,7 +333,7 @@ class Fit {
         weighted_(deviations != nullptr),
         algorithm_(algorithm),
         memory_(request()),
-        pivots_(algorithm == FATHOM_LS_NORMAL_LU ? k_ : 1) {
+        pivots_(k_) {
     if (!memory_ || !pivots_) return;
     double* next = memory_.data();
     const auto take = [&next](std::size_t count) {
@@ -330,11 +400,7 @@ class Fit {
       } else {
         solveFactor(h_);
       }
-      if (rank_ < k_) {
-        for (std::size_t i = 0; i < k_; ++i) h_[i] *= scale_[i] / largestScale_;
-        dropNullSpace(h_, 1);
-        for (std::size_t i = 0; i < k_; ++i) h_[i] /= scale_[i] / largestScale_;
-      }
+      if (rank_ < k_) shorten(h_);
       for (std::size_t i = 0; i < k_; ++i) root_[i * k_ + t] = h_[i];
     }
     return FATHOM_OK;
@@ -360,6 +426,7 @@ class Fit {
   static constexpr int kIterations = 10;
   // Coefficients of what is nearly orthogonal to all columns are as small as their corrections.
   static constexpr double kUnsolved = 0x1p-20;
+  static constexpr double kLead = 0x1p-20;
 
   std::size_t request() const {
     // k is no larger than n; where their product is no size, neither are the rest.
@@ -392,34 +459,27 @@ class Fit {
       deviationUnit_ = scaleOf(smallest);
       for (std::size_t i = 0; i < points_; ++i) deviations_[i] = deviations[i] / deviationUnit_;
     }
+    const auto deviationsFrom = [this](std::size_t first) {
+      return weighted_ ? deviations_ + first : nullptr;
+    };
     std::fill_n(scale_, k_, 0.0);
     forBlocks(a_, false, [&](double* a, std::size_t first, std::size_t rows) {
       gatherBlock(h + first * k_, rows, std::min(rows, points_ - first), k_, a);
       for (std::size_t j = 0; j < k_; ++j) {
-        double largest = scale_[j];
-        for (std::size_t i = 0; i < rows; ++i) {
-          largest = std::max(largest, fabs(a[j * rows + i] / deviations_[first + i]));
-        }
-        scale_[j] = largest;
+        scale_[j] = largestOf(a + j * rows, deviationsFrom(first), rows, scale_[j]);
       }
     });
     for (std::size_t j = 0; j < k_; ++j) scale_[j] = 1.0 / scaleOf(scale_[j]);
-    double* q = q_;
     forBlocks(a_, false, [&](double* a, std::size_t first, std::size_t rows) {
       for (std::size_t j = 0; j < k_; ++j) {
-        for (std::size_t i = 0; i < rows; ++i) {
-          *a *= scale_[j];
-          *q++ = *a++ / deviations_[first + i];
-        }
+        scaleColumn(a + j * rows, q_ + first * k_ + j * rows, scale_[j], deviationsFrom(first),
+                    rows);
       }
     });
-    double largest = 0.0;
-    for (std::size_t i = 0; i < points_; ++i) {
-      largest = std::max(largest, fabs(y[i] / deviations_[i]));
-    }
-    unit_ = scaleOf(largest);
-    for (std::size_t i = 0; i < points_; ++i) b_[i] = y[i] / unit_;
+    std::copy_n(y, points_, b_);
     std::fill(b_ + points_, b_ + rows_, 0.0);
+    unit_ = scaleOf(largestOf(b_, deviationsFrom(0), rows_, 0.0));
+    scaleColumn(b_, f_, 1.0 / unit_, deviationsFrom(0), rows_);
   }
 
   double tolerance() const { return kEpsilon * static_cast<double>(points_); }
@@ -661,7 +721,6 @@ class Fit {
   // A first correction of the size of the solution means that the factorisation saw dependent
   // columns, though it found none.
   AnalysisStatus refine() {
-    for (std::size_t i = 0; i < rows_; ++i) f_[i] = b_[i] / deviations_[i];
     std::fill_n(g_, k_, 0.0);
     std::fill_n(x_, k_, 0.0);
     std::fill_n(residual_, rows_, 0.0);
@@ -699,57 +758,94 @@ class Fit {
 
   // The solution of smallest norm, of those that the numerical rank leaves.
   void solveDeficient() {
-    for (std::size_t i = 0; i < rows_; ++i) f_[i] = b_[i] / deviations_[i];
     std::fill_n(top_, k_, 0.0);
     applyFactor(false);
     std::copy_n(top_, k_, x_);
     solveFactor(x_);
-    makeBasis();
-    for (std::size_t j = 0; j < k_; ++j) x_[j] *= scale_[j] / largestScale_;
-    dropNullSpace(x_, 1);
-    for (std::size_t j = 0; j < k_; ++j) x_[j] /= scale_[j] / largestScale_;
+    makeNullSpace();
+    shorten(x_);
     std::fill_n(residual_, rows_, 0.0);
     std::fill_n(residualLow_, rows_, 0.0);
     leftOver();
     std::copy_n(f_, rows_, residual_);
   }
 
-  // The last columns of v_ become an orthonormal basis of the null space of the matrix as it was
-  // before its columns were scaled.
-  void makeBasis() {
+  double& nullVector(std::size_t i, std::size_t t) { return v_[i * k_ + t]; }
+  double& basis(std::size_t i, std::size_t t) { return r_[i * k_ + t]; }
+
+  // The last columns of V turned among each other so that the elements that were scaled up most are
+  // zero in all but one of them, each the lead of its column; and, in place of R, an orthonormal
+  // basis of what they are without the scaling of the columns, built from the first lead on.
+  void makeNullSpace() {
+    std::copy_n(scale_, k_, h_);
     largestScale_ = *std::max_element(scale_, scale_ + k_);
+    for (std::size_t t = rank_; t < k_; ++t) pivots_[t] = -1;
+    std::size_t next = rank_;
+    for (std::size_t step = 0; step < k_ && next < k_; ++step) {
+      const auto row = static_cast<std::size_t>(std::max_element(h_, h_ + k_) - h_);
+      h_[row] = 0.0;
+      for (std::size_t t = next + 1; t < k_; ++t) {
+        const double x = nullVector(row, next), z = nullVector(row, t);
+        const double length = sqrt(x * x + z * z);
+        if (length == 0.0) continue;
+        const double cosine = x / length, sine = z / length;
+        for (std::size_t i = 0; i < k_; ++i) {
+          rotate(&nullVector(i, next), &nullVector(i, t), &cosine, &sine, 1.0, 1);
+        }
+        nullVector(row, t) = 0.0;
+      }
+      if (fabs(nullVector(row, next)) > kLead) {
+        pivots_[next++] = static_cast<std::int32_t>(row);
+      } else if (fabs(nullVector(row, next)) <= tolerance()) {
+        nullVector(row, next) = 0.0;
+      }
+    }
     for (std::size_t t = rank_; t < k_; ++t) {
-      double square = 0.0;
+      double largest = 0.0;
       for (std::size_t i = 0; i < k_; ++i) {
-        v_[i * k_ + t] *= scale_[i] / largestScale_;
-        square += v_[i * k_ + t] * v_[i * k_ + t];
+        basis(i, t) = nullVector(i, t) * (scale_[i] / largestScale_);
+        largest = std::max(largest, fabs(basis(i, t)));
       }
+      const double unit = 1.0 / scaleOf(largest);
+      for (std::size_t i = 0; i < k_; ++i) basis(i, t) *= unit;
       for (int pass = 0; pass < 2; ++pass) {
-        for (std::size_t e = rank_; e < t; ++e) dropComponent(v_ + t, k_, e);
+        for (std::size_t e = rank_; e < t; ++e) dropComponent(&basis(0, t), k_, e);
       }
-      double left = 0.0;
-      for (std::size_t i = 0; i < k_; ++i) left += v_[i * k_ + t] * v_[i * k_ + t];
+      double square = 0.0;
+      for (std::size_t i = 0; i < k_; ++i) square += basis(i, t) * basis(i, t);
       // What rounding left of a direction is none.
-      const double inverse = left > 0x1p-80 * square ? 1.0 / sqrt(left) : 0.0;
-      for (std::size_t i = 0; i < k_; ++i) v_[i * k_ + t] *= inverse;
+      const double inverse = square > 0x1p-80 ? 1.0 / sqrt(square) : 0.0;
+      for (std::size_t i = 0; i < k_; ++i) basis(i, t) *= inverse;
     }
   }
-  void dropComponent(double* x, std::size_t stride, std::size_t basis) const {
+  void dropComponent(double* x, std::size_t stride, std::size_t t) {
     double sum = 0.0;
-    for (std::size_t i = 0; i < k_; ++i) sum += v_[i * k_ + basis] * x[i * stride];
-    for (std::size_t i = 0; i < k_; ++i) x[i * stride] -= sum * v_[i * k_ + basis];
+    for (std::size_t i = 0; i < k_; ++i) sum += basis(i, t) * x[i * stride];
+    for (std::size_t i = 0; i < k_; ++i) x[i * stride] -= sum * basis(i, t);
   }
-  void dropNullSpace(double* x, std::size_t stride) const {
-    for (int pass = 0; pass < 2; ++pass) {
-      for (std::size_t t = rank_; t < k_; ++t) dropComponent(x, stride, t);
+
+  // Takes from x what the matrix maps to zero: first so that the leads vanish, which are the
+  // largest elements without the scaling, then by the basis.
+  void shorten(double* x) {
+    for (std::size_t t = rank_; t < k_; ++t) {
+      if (pivots_[t] < 0) continue;
+      const auto lead = static_cast<std::size_t>(pivots_[t]);
+      const double factor = x[lead] / nullVector(lead, t);
+      for (std::size_t i = 0; i < k_; ++i) x[i] -= factor * nullVector(i, t);
+      x[lead] = 0.0;
     }
+    for (std::size_t i = 0; i < k_; ++i) x[i] *= scale_[i] / largestScale_;
+    for (int pass = 0; pass < 2; ++pass) {
+      for (std::size_t t = rank_; t < k_; ++t) dropComponent(x, 1, t);
+    }
+    for (std::size_t i = 0; i < k_; ++i) x[i] /= scale_[i] / largestScale_;
   }
 
   std::size_t points_, k_, blockRows_, rows_, blocks_;
   bool weighted_;
   std::int32_t algorithm_;
   Workspace<double> memory_;
-  Workspace<std::int32_t> pivots_;
+  Workspace<std::int32_t> pivots_;  // of LU, or the leads of null vectors
   std::size_t rank_ = 0;
   double unit_ = 1.0, deviationUnit_ = 1.0, largestScale_ = 1.0;
   double *a_ = nullptr, *q_ = nullptr, *cosines_ = nullptr;
