@@ -44,7 +44,9 @@ double logGuess(double m) {
   return 2.0 * (s * sum);
 }
 
-// log x for finite x > 0, to within 2^(14 - 64 n), relative to the larger of |log x| and 2^-40.
+// log x for finite x > 0, to within 2^(14 - 64 n), relative where |log x| > 1 and absolute
+// elsewhere; where |x - 1| < 2^-40, to within 2^(6 - 64 n), relative. So relative errors stay below
+// 2^(54 - 64 n).
 //
 // x = m 2^e; the quotient of m and the exponential of a guess of its logarithm is 1 + z with
 // |z| < 2^-39, whose logarithm is a short series.
@@ -121,19 +123,15 @@ double exp(double x) {
 double log(double x) {
   if (!(x >= 0.0)) return kNotANumber;
   if (x == 0.0) return -kInfinity;
-  if (x == kInfinity || x == 1.0) return x == 1.0 ? 0.0 : x;
+  if (x == kInfinity) return x;
   return logarithm<kLimbs>(x).toDouble();
 }
 
+// Of a power of ten, an integer: what is off by so little still rounds to it.
 double log10(double x) {
   if (!(x >= 0.0)) return kNotANumber;
   if (x == 0.0) return -kInfinity;
   if (x == kInfinity) return x;
-  // The powers of ten among the doubles; all other logarithms are irrational.
-  double power = 1.0;
-  for (int k = 0; k <= 22; ++k, power *= 10.0) {
-    if (x == power) return k;
-  }
   return (logarithm<kLimbs>(x) * kWideInverseLn10<kLimbs>).toDouble();
 }
 
@@ -154,6 +152,7 @@ double pow(double x, double y) {
   if (x < 0.0 && !integer) return kNotANumber;
   Wide<kPairLimbs> power;
   if (!exactPower(magnitude, y, power)) {
+    // Below 2^11, so that the error of the logarithm becomes one of 2^-255 in the power.
     const Wide<kPairLimbs> v = logarithm<kPairLimbs>(magnitude) * Wide<kPairLimbs>(y);
     if (v.exponent > 11) return grows ? sign * kInfinity : sign * 0.0;
     power = exponential(v);

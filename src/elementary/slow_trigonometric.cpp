@@ -122,8 +122,8 @@ Wide<n> angle(const Wide<n>& y, const Wide<n>& x) {
 }
 
 // atan(y / x) where the quotient is so small that it is just above the angle: the quotient to 110
-// bits, the last of which says whether something follows, diminished where it is exact. The result
-// may be subnormal, where the quotient may lie halfway between two doubles.
+// bits, diminished where it is exact. The result may be subnormal, and the quotient then exactly
+// halfway between two doubles; otherwise it is at least 2^-107 away from there.
 double smallAngle(double y, double x) {
   const Wide<1> above(y), below(x);
   const std::uint64_t divisor = below.fraction.limb[0] >> 11;
@@ -134,11 +134,7 @@ double smallAngle(double y, double x) {
     quotient = (quotient << 10) + Fixed<2>{{remainder / divisor, 0}};
     remainder = (remainder % divisor) << 10;
   }
-  if (remainder != 0) {
-    quotient.limb[0] |= 1;
-  } else {
-    quotient = quotient - Fixed<2>{{1, 0}};
-  }
+  if (remainder == 0) quotient = quotient - Fixed<2>{{1, 0}};
   return Wide<2>(quotient, above.exponent - below.exponent + 128 - 110).toDouble();
 }
 
