@@ -13,12 +13,13 @@ inline constexpr std::size_t kElementaryBlock = 128;
 // Blocks are padded to whole vectors of the widest kind.
 inline constexpr std::size_t kWidestLanes = 8;
 
-// Arguments and results of a block. Results may overwrite the caller's arguments, these not.
+// Arguments of a block, which its results may not overwrite as they may the caller's, and where
+// results go: straight to the caller when they are whole vectors.
 template <std::size_t inputs, std::size_t outputs>
 struct ElementaryBlock {
-  double argument[inputs][kElementaryBlock];
-  double value[outputs][kElementaryBlock];
-  std::uint64_t doubt[kElementaryBlock];
+  alignas(64) double argument[inputs][kElementaryBlock];
+  double* value[outputs];
+  alignas(64) std::uint64_t doubt[kElementaryBlock];
 };
 
 // Functions of several arguments, or with several results. `fast(block, n)` computes n values, a
@@ -27,6 +28,7 @@ template <std::size_t inputs, std::size_t outputs, typename Fast, typename Slow>
 void evaluateArrays(const double* const (&x)[inputs], std::size_t n, double* const (&y)[outputs],
                     Fast fast, Slow slow) {
   ElementaryBlock<inputs, outputs> block;
+  alignas(64) double value[outputs][kElementaryBlock];
   for (std::size_t start = 0; start < n; start += kElementaryBlock) {
     const std::size_t count = std::min(kElementaryBlock, n - start);
     const std::size_t padded = (count + kWidestLanes - 1) / kWidestLanes * kWidestLanes;
@@ -34,12 +36,14 @@ void evaluateArrays(const double* const (&x)[inputs], std::size_t n, double* con
       std::copy_n(x[k] + start, count, block.argument[k]);
       std::fill(block.argument[k] + count, block.argument[k] + padded, 1.0);
     }
+    const bool whole = count == padded;
+    for (std::size_t k = 0; k < outputs; ++k) block.value[k] = whole ? y[k] + start : value[k];
     if (fast(block, padded)) {
       for (std::size_t i = 0; i < count; ++i) {
         if (block.doubt[i] != 0) slow(block, i);
       }
     }
-    for (std::size_t k = 0; k < outputs; ++k) std::copy_n(block.value[k], count, y[k] + start);
+    for (std::size_t k = 0; !whole && k < outputs; ++k) std::copy_n(value[k], count, y[k] + start);
   }
 }
 

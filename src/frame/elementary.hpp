@@ -51,15 +51,9 @@ inline bool isNan(double x) {
   return x != x;
 }
 
-inline double sin(double x) {
-  return std::sin(x);
-}
-inline double cos(double x) {
-  return std::cos(x);
-}
-inline double tan(double x) {
-  return std::tan(x);
-}
+double sin(double x);
+double cos(double x);
+double tan(double x);
 inline double atan2(double y, double x) {
   return std::atan2(y, x);
 }
@@ -75,29 +69,17 @@ inline double pow(double x, double y) {
 }
 
 // Both at once, with the bits of sin and cos.
-inline void sincos(double x, double& s, double& c) {
-#if defined(__GLIBC__)
-  ::sincos(x, &s, &c);
-#else
-  s = std::sin(x);
-  c = std::cos(x);
-#endif
-}
+void sincos(double x, double& s, double& c);
 
 // One value after another over an array; results may overwrite the arguments.
-inline void sin(const double* x, std::size_t n, double* s) {
-  for (std::size_t i = 0; i < n; ++i) s[i] = sin(x[i]);
-}
-inline void cos(const double* x, std::size_t n, double* c) {
-  for (std::size_t i = 0; i < n; ++i) c[i] = cos(x[i]);
-}
+void sin(const double* x, std::size_t n, double* s);
+void cos(const double* x, std::size_t n, double* c);
+void tan(const double* x, std::size_t n, double* t);
 void exp(const double* x, std::size_t n, double* e);
 inline void log(const double* x, std::size_t n, double* l) {
   for (std::size_t i = 0; i < n; ++i) l[i] = log(x[i]);
 }
-inline void sincos(const double* x, std::size_t n, double* s, double* c) {
-  for (std::size_t i = 0; i < n; ++i) sincos(x[i], s[i], c[i]);
-}
+void sincos(const double* x, std::size_t n, double* s, double* c);
 
 }  // namespace fathom
 

@@ -30,6 +30,27 @@ FATHOM_INLINE void store(double* y, const L& lanes) {
   std::memcpy(y, &lanes, sizeof lanes);
 }
 
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpsabi"  // inlined: no vector is ever passed
+#endif
+// Products that are rounded before they are added or subtracted, as in multiversion.hpp.
+template <typename L>
+FATHOM_INLINE L rounded(const L& products) {
+#if defined(__has_builtin)
+#if __has_builtin(__builtin_assoc_barrier)
+  return __builtin_assoc_barrier(products);
+#else
+  return products;
+#endif
+#else
+  return products;
+#endif
+}
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
+
 #if defined(__AVX512F__)
 inline constexpr std::size_t kRegisterBytes = 64;
 #elif defined(__AVX__)

@@ -197,9 +197,9 @@ struct Elementary {
 inline const std::vector<Elementary>& elementaryFunctions() {
   // As soon as a function is behind the door: FATHOM_DOOR(sin(x)) for null.
   static const std::vector<Elementary> functions = {
-      FATHOM_ONE(sin, nullptr, drawAngle, {{0x1.598bae9e632f6p-7, 0}}),
-      FATHOM_ONE(cos, nullptr, drawAngle, {{0x1.34ec2f9fc9cp+1, 0}}),
-      FATHOM_ONE(tan, nullptr, drawAngle, {{0x1.dffffffffff1fp-22, 0}, {0x1.50486b2f87014p-5, 0}}),
+      FATHOM_ONE(sin, FATHOM_DOOR(sin(x)), drawAngle, {{0x1.598bae9e632f6p-7, 0}}),
+      FATHOM_ONE(cos, FATHOM_DOOR(cos(x)), drawAngle, {{0x1.34ec2f9fc9cp+1, 0}}),
+      FATHOM_ONE(tan, FATHOM_DOOR(tan(x)), drawAngle, {{0x1.dffffffffff1fp-22, 0}, {0x1.50486b2f87014p-5, 0}}),
       FATHOM_ONE(atan, nullptr, drawSlope, {{0x1.6298b5896ed3cp+1, 0}, {0x1.22e8d75e2bc7fp-11, 0}}),
       FATHOM_ONE(acos, nullptr, drawCosine, {{0x1.53ea6c7255e88p-4, 0}}),
       FATHOM_ONE(exp, FATHOM_DOOR(exp(x)), drawExponent, {{0x1.9e9cbbfd6080bp-31, 0}}),

@@ -1,0 +1,494 @@
+// sin, cos, sincos and tan, correctly rounded.
+//
+// Reduction: x = k pi / 256 + r with |r| < pi / 512 (1 + 2^-18). With the sine S and cosine C of
+// k pi / 256 from a table,
+//   sin x = S + C r + (C (sin r - r) + S (cos r - 1));
+// the row k + 128, a quarter turn on, gives cos x. r = high + low, where high has 26 bits; so have
+// the leading parts of S and C, hence S + C high is exact as a sum of two doubles. What is left is
+// below 2^-15 of the result, and plain doubles do.
+//
+// The same lines serve one double and a vector of them. The few results whose rounding they leave
+// in doubt are found again in double-double arithmetic, and where that does not settle it by
+// slow::.
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "elementary/array_form.hpp"
+#include "elementary/double_double.hpp"
+#include "elementary/slow.hpp"
+#include "elementary/trigonometric_table.hpp"
+#include "frame/elementary.hpp"
+#include "frame/lanes.hpp"
+#include "frame/multiversion.hpp"
+
+#if defined(__GNUC__) && !defined(__clang__)
+// No vector is ever passed: these functions are inlined.
+#pragma GCC diagnostic ignored "-Wpsabi"
+#endif
+
+namespace fathom {
+namespace {
+
+constexpr std::size_t kRows = 512;
+constexpr std::size_t kQuarter = kRows / 4;
+
+// Rows of sine and cosine, each as a part of 26 bits and a tail.
+struct RowTable {
+  alignas(64) double row[kRows][4];
+};
+constexpr RowTable kTable = [] {
+  RowTable t{};
+  for (std::size_t k = 0; k < kRows; ++k) {
+    const std::size_t j = k % kQuarter;
+    const bool odd = k / kQuarter % 2 != 0;
+    const double* sine = kQuarterSine[odd ? kQuarter - j : j];
+    const double* cosine = kQuarterSine[odd ? j : kQuarter - j];
+    const double sineSign = k < 2 * kQuarter ? 1.0 : -1.0;
+    const double cosineSign = k < kQuarter || k >= 3 * kQuarter ? 1.0 : -1.0;
+    for (std::size_t part = 0; part < 2; ++part) {
+      t.row[k][part] = sineSign * sine[part];
+      t.row[k][2 + part] = cosineSign * cosine[part];
+    }
+  }
+  return t;
+}();
+
+// V is double or a vector of doubles.
+template <typename V>
+struct BitsOf {
+  using Type = std::uint64_t;
+};
+template <>
+struct BitsOf<Lanes<16>> {
+  typedef std::uint64_t Type __attribute__((vector_size(16)));  // NOLINT(modernize-use-using)
+};
+template <>
+struct BitsOf<Lanes<32>> {
+  typedef std::uint64_t Type __attribute__((vector_size(32)));  // NOLINT(modernize-use-using)
+};
+template <>
+struct BitsOf<Lanes<64>> {
+  typedef std::uint64_t Type __attribute__((vector_size(64)));  // NOLINT(modernize-use-using)
+};
+template <typename V>
+using Bits = typename BitsOf<V>::Type;
+
+template <typename V>
+FATHOM_INLINE V masked(const V& x, std::uint64_t mask) {
+  return std::bit_cast<V>(std::bit_cast<Bits<V>>(x) & mask);
+}
+template <typename V>
+FATHOM_INLINE V magnitude(const V& x) {
+  return masked(x, 0x7FFF'FFFF'FFFF'FFFF);
+}
+template <typename V>
+FATHOM_INLINE V leading26Bits(const V& x) {
+  return masked(x, 0xFFFF'FFFF'F800'0000);
+}
+
+template <typename V>
+struct Rows {
+  V sine, sineTail, cosine, cosineTail;
+};
+
+// The rows that the low bits of `turns` name. Each row is loaded whole, then the vectors of rows
+// are transposed: gathers are slower.
+FATHOM_INLINE const double* rowOf(double turns) {
+  return kTable.row[std::bit_cast<std::uint64_t>(turns) % kRows];
+}
+template <typename V>
+FATHOM_INLINE V vectorAt(const double* x) {
+  V v;
+  load(v, x);
+  return v;
+}
+FATHOM_INLINE void loadRows(const double* turns, Rows<double>& r) {
+  const double* row = rowOf(turns[0]);
+  r = {row[0], row[1], row[2], row[3]};
+}
+[[maybe_unused]] FATHOM_INLINE void loadRows(const double* turns, Rows<Lanes<16>>& r) {
+  using Half = Lanes<16>;
+  const double *p = rowOf(turns[0]), *q = rowOf(turns[1]);
+  const Half a = vectorAt<Half>(p), b = vectorAt<Half>(q);
+  const Half c = vectorAt<Half>(p + 2), d = vectorAt<Half>(q + 2);
+  r.sine = __builtin_shufflevector(a, b, 0, 2);
+  r.sineTail = __builtin_shufflevector(a, b, 1, 3);
+  r.cosine = __builtin_shufflevector(c, d, 0, 2);
+  r.cosineTail = __builtin_shufflevector(c, d, 1, 3);
+}
+[[maybe_unused]] FATHOM_INLINE void loadRows(const double* turns, Rows<Lanes<32>>& r) {
+  using Half = Lanes<16>;
+  using Whole = Lanes<32>;
+  const auto halves = [&](std::size_t lane, std::size_t column) -> Whole {
+    return __builtin_shufflevector(vectorAt<Half>(rowOf(turns[lane]) + column),
+                                   vectorAt<Half>(rowOf(turns[lane + 2]) + column), 0, 1, 2, 3);
+  };
+  const Whole a = halves(0, 0), b = halves(1, 0), c = halves(0, 2), d = halves(1, 2);
+  r.sine = __builtin_shufflevector(a, b, 0, 4, 2, 6);
+  r.sineTail = __builtin_shufflevector(a, b, 1, 5, 3, 7);
+  r.cosine = __builtin_shufflevector(c, d, 0, 4, 2, 6);
+  r.cosineTail = __builtin_shufflevector(c, d, 1, 5, 3, 7);
+}
+[[maybe_unused]] FATHOM_INLINE void loadRows(const double* turns, Rows<Lanes<64>>& r) {
+  using Half = Lanes<32>;
+  using Whole = Lanes<64>;
+  const auto pair = [&](std::size_t lane) -> Whole {
+    return __builtin_shufflevector(vectorAt<Half>(rowOf(turns[lane])),
+                                   vectorAt<Half>(rowOf(turns[lane + 4])), 0, 1, 2, 3, 4, 5, 6, 7);
+  };
+  const Whole a = pair(0), b = pair(1), c = pair(2), d = pair(3);
+  const Whole first = __builtin_shufflevector(a, b, 0, 8, 2, 10, 4, 12, 6, 14);
+  const Whole firstTail = __builtin_shufflevector(a, b, 1, 9, 3, 11, 5, 13, 7, 15);
+  const Whole second = __builtin_shufflevector(c, d, 0, 8, 2, 10, 4, 12, 6, 14);
+  const Whole secondTail = __builtin_shufflevector(c, d, 1, 9, 3, 11, 5, 13, 7, 15);
+  r.sine = __builtin_shufflevector(first, second, 0, 1, 8, 9, 4, 5, 12, 13);
+  r.cosine = __builtin_shufflevector(first, second, 2, 3, 10, 11, 6, 7, 14, 15);
+  r.sineTail = __builtin_shufflevector(firstTail, secondTail, 0, 1, 8, 9, 4, 5, 12, 13);
+  r.cosineTail = __builtin_shufflevector(firstTail, secondTail, 2, 3, 10, 11, 6, 7, 14, 15);
+}
+
+// Adding it rounds to an integer, which then stands in the low bits. The second term keeps the bits
+// above the lowest 34 as they are for all integers of the range below.
+constexpr double kShift = 0x1.8p52 + 0x1p33;
+constexpr double kStepsPerRadian = 81.48733086305042;
+
+// The fast range, |k| < 2^33: the products of k with parts of pi / 256 are exact.
+constexpr double kFastRange = 0x1p26;
+
+// r is off by at most k 2^-122 < |x| 2^-115: through the last part of pi / 256, its product with k,
+// and the last difference.
+constexpr double kAngleError = 0x1p-115;
+
+// r, with the terms of its sine and cosine beyond the leading ones.
+template <typename V>
+struct Angle {
+  V high;
+  V sine;    // sin r - high
+  V cosine;  // cos r - 1
+};
+
+template <typename V>
+FATHOM_INLINE void reduce(const V& x, const V& k, Angle<V>& angle) {
+  // Exact: multiples of 2^-52 |x| and of the last bit of a part, of diminishing size.
+  const V near = (x - rounded(k * kStepParts[0])) - rounded(k * kStepParts[1]);
+  const V third = rounded(k * kStepParts[2]);
+  const V fourth = rounded(k * kStepParts[3]);
+  const V r = (near - third) - fourth;
+  angle.high = leading26Bits(r);
+  const V low = ((near - angle.high) - third) - fourth;
+  // Taylor's series: the next terms are below 2^-77 |r| and 2^-74.
+  const V square = rounded(r * r);
+  const V fifth = 0x1.1111111111111p-7 - rounded(square * 0x1.a01a01a01a01ap-13);
+  const V cubic = -0x1.5555555555555p-3 + rounded(square * fifth);
+  angle.sine = low + rounded(rounded(r * square) * cubic);
+  const V fourthOrder = 0x1.5555555555555p-5 - rounded(square * 0x1.6c16c16c16c17p-10);
+  angle.cosine = rounded(square * (-0.5 + rounded(square * fourthOrder)));
+}
+
+// A sine or cosine as high + low, |low| < 2^-15 |high|. Its error is below kRelativeError |high| +
+// kAngleError |x|: nine roundings of S (cos r - 1), and of sums as small, each below 2^-53 2^-15.7
+// |S|, and others that are smaller together.
+template <typename V>
+struct Sum {
+  V high, low;
+};
+constexpr double kRelativeError = 0x1p-65;
+
+// first cos r + second sin r, or the difference.
+template <bool minus, typename V>
+FATHOM_INLINE void rotate(const V& first, const V& firstTail, const V& second, const V& secondTail,
+                          const Angle<V>& angle, Sum<V>& sum) {
+  const V leading = rounded(second * angle.high);
+  const V cross = rounded(secondTail * angle.high);
+  const V rest = rounded((second + secondTail) * angle.sine);
+  sum.high = minus ? first - leading : first + leading;
+  const V gone = first - sum.high;
+  const V lost = minus ? gone - leading : gone + leading;
+  const V small = minus ? ((lost + firstTail) - cross) - rest : ((lost + firstTail) + cross) + rest;
+  sum.low = small + rounded((first + firstTail) * angle.cosine);
+}
+template <typename V>
+FATHOM_INLINE void sine(const Rows<V>& row, const Angle<V>& angle, Sum<V>& sum) {
+  rotate<false>(row.sine, row.sineTail, row.cosine, row.cosineTail, angle, sum);
+}
+template <typename V>
+FATHOM_INLINE void cosine(const Rows<V>& row, const Angle<V>& angle, Sum<V>& sum) {
+  rotate<true>(row.cosine, row.cosineTail, row.sine, row.sineTail, angle, sum);
+}
+
+// All bits set in the lanes where it holds.
+FATHOM_INLINE void addWhere(bool condition, std::uint64_t& mask) {
+  mask |= condition ? ~std::uint64_t{0} : 0;
+}
+template <typename Condition, typename Mask>
+FATHOM_INLINE void addWhere(const Condition& condition, Mask& mask) {
+  mask |= std::bit_cast<Mask>(condition);
+}
+
+// Rounds; marks what is in doubt, NaN among it.
+template <typename V>
+FATHOM_INLINE void roundSum(const Sum<V>& sum, const V& error, V& value, Bits<V>& doubt) {
+  const V below = sum.high + (sum.low - error);
+  value = sum.high + (sum.low + error);
+  addWhere(value != below, doubt);
+}
+
+// Quotient of two sums. Its error is twice theirs, as long as that of the angle is none of it: the
+// product of sine and cosine tells when one is so small that it might be.
+constexpr double kQuotientError = 0x1.1p-64;
+constexpr double kLeastProduct = 0x1p-48;
+
+template <typename V>
+FATHOM_INLINE void divide(const Sum<V>& a, const Sum<V>& b, Sum<V>& quotient) {
+  const V dividend = a.high + a.low;
+  const V dividendTail = a.low - (dividend - a.high);
+  const V divisor = b.high + b.low;
+  const V divisorTail = b.low - (divisor - b.high);
+  const V reciprocal = 1.0 / divisor;
+  const V q = rounded(dividend * reciprocal);
+  // dividend - q divisor, to within 2^-76 of the dividend.
+  const V q1 = leading26Bits(q), q2 = q - q1;
+  const V d1 = leading26Bits(divisor), d2 = divisor - d1;
+  const V left = ((dividend - rounded(q1 * d1)) - rounded(q1 * d2)) - rounded(q2 * d1);
+  const V remainder = (left - rounded(q2 * d2)) + (dividendTail - rounded(q * divisorTail));
+  quotient.high = q;
+  quotient.low = rounded(remainder * reciprocal);
+}
+
+enum class Function { kSine, kCosine, kSineCosine, kTangent };
+
+// k + shiftOf<f> stands for k; its low bits for the row.
+template <Function f>
+constexpr double shiftOf = kShift + (f == Function::kCosine ? kQuarter : 0);
+
+// The function of x in `value`, for sincos the cosine in `second`. Where `doubt` is set they are
+// not to be used; it is set for a zero, whose sign is lost.
+template <Function f, typename V>
+FATHOM_INLINE void evaluate(const V& x, const double* turns, V& value, V& second, Bits<V>& doubt) {
+  V k;
+  std::memcpy(&k, turns, sizeof k);
+  Rows<V> row;
+  Angle<V> angle;
+  Sum<V> sum;
+  loadRows(turns, row);
+  reduce(x, k - shiftOf<f>, angle);
+  sine(row, angle, sum);
+  if constexpr (f == Function::kTangent) {
+    Sum<V> divisor, quotient;
+    cosine(row, angle, divisor);
+    divide(sum, divisor, quotient);
+    roundSum(quotient, rounded(magnitude(quotient.high) * kQuotientError), value, doubt);
+    const V least = rounded(magnitude(x) * kLeastProduct);
+    addWhere(!(magnitude(rounded(sum.high * divisor.high)) > least), doubt);
+  } else {
+    const V angleError = rounded(magnitude(x) * kAngleError) + 0x1p-960;
+    roundSum(sum, rounded(magnitude(sum.high) * kRelativeError) + angleError, value, doubt);
+    if constexpr (f == Function::kSineCosine) {
+      cosine(row, angle, sum);
+      roundSum(sum, rounded(magnitude(sum.high) * kRelativeError) + angleError, second, doubt);
+    }
+  }
+}
+
+// A block of an array form. First every k, so that the rows' indices come from memory. An argument
+// beyond the fast range puts the whole block in doubt.
+template <std::size_t bytes, Function f>
+FATHOM_INLINE void evaluateBlock(const double* x, std::size_t n, double* y, double* z,
+                                 std::uint64_t* doubts, bool& anyDoubt) {
+  using V = Lanes<bytes>;
+  constexpr std::size_t kLanes = bytes / sizeof(double);
+  alignas(64) double turns[kElementaryBlock];
+  Bits<V> unusual{};
+  for (std::size_t i = 0; i < n; i += kLanes) {
+    V v;
+    load(v, x + i);
+    v = rounded(v * kStepsPerRadian) + shiftOf<f>;
+    store(turns + i, v);
+    unusual |= std::bit_cast<Bits<V>>(v) ^ std::bit_cast<std::uint64_t>(0x1.8p52);
+  }
+  std::uint64_t outside = 0;
+  for (std::size_t lane = 0; lane < kLanes; ++lane) outside |= unusual[lane];
+  outside >>= 34;
+  Bits<V> any = Bits<V>{} | outside;
+  for (std::size_t i = 0; i < n; i += kLanes) {
+    V v, value, second;
+    Bits<V> doubt = Bits<V>{} | outside;
+    load(v, x + i);
+    evaluate<f>(v, turns + i, value, second, doubt);
+    store(y + i, value);
+    if constexpr (f == Function::kSineCosine) store(z + i, second);
+    std::memcpy(doubts + i, &doubt, sizeof doubt);
+    any |= doubt;
+  }
+  anyDoubt = false;
+  for (std::size_t lane = 0; lane < kLanes; ++lane) anyDoubt |= any[lane] != 0;
+}
+
+template <std::size_t bytes>
+FATHOM_INLINE void evaluateBlockOf(Function f, const double* x, std::size_t n, double* y, double* z,
+                                   std::uint64_t* doubts, bool& anyDoubt) {
+  switch (f) {
+    case Function::kSine:
+      evaluateBlock<bytes, Function::kSine>(x, n, y, z, doubts, anyDoubt);
+      break;
+    case Function::kCosine:
+      evaluateBlock<bytes, Function::kCosine>(x, n, y, z, doubts, anyDoubt);
+      break;
+    case Function::kSineCosine:
+      evaluateBlock<bytes, Function::kSineCosine>(x, n, y, z, doubts, anyDoubt);
+      break;
+    case Function::kTangent:
+      evaluateBlock<bytes, Function::kTangent>(x, n, y, z, doubts, anyDoubt);
+      break;
+  }
+}
+FATHOM_BY_WIDTH(evaluateBlock,
+                (Function f, const double* x, std::size_t n, double* y, double* z,
+                 std::uint64_t* doubts, bool& anyDoubt),
+                (f, x, n, y, z, doubts, anyDoubt))
+
+// y[i] = f(x[i]), with the scalar form for what is in doubt.
+void evaluateArray(Function f, double (*scalar)(double), const double* x, std::size_t n,
+                   double* y) {
+  const auto fast = [f](const double* argument, std::size_t count, double* value,
+                        std::uint64_t* doubt) {
+    bool any = false;
+    evaluateBlock(f, argument, count, value, nullptr, doubt, any);
+    return any;
+  };
+  fathom::evaluateArray(x, n, y, fast, scalar);
+}
+
+template <Function f>
+FATHOM_INLINE bool evaluateScalar(double x, double& value, double& second) {
+  const double turns = rounded(x * kStepsPerRadian) + shiftOf<f>;
+  std::uint64_t doubt = 0;
+  addWhere(!(magnitude(x) <= kFastRange), doubt);
+  evaluate<f>(x, &turns, value, second, doubt);
+  return doubt == 0;
+}
+
+// What the fast path leaves in doubt: the same sums as double-doubles throughout.
+
+// Below it, sin x and tan x round to x, and cos x to 1: what is missing of x is below 2^-55 x.
+constexpr double kTiny = 0x1p-27;
+// Products of two double-doubles with k are exact enough, and k has 47 bits.
+constexpr double kCarefulRange = 0x1p40;
+// The parts of S and C hold 79 bits, and nothing else is as far off.
+constexpr double kCarefulError = 0x1p-75;
+
+struct CarefulAngle {
+  std::size_t row;
+  DoubleDouble sine;    // sin r
+  DoubleDouble cosine;  // cos r - 1
+};
+
+CarefulAngle reduceCarefully(double x) {
+  const double turns = rounded(x * kStepsPerRadian) + 0x1.8p52;
+  const double k = turns - 0x1.8p52;
+  const DoubleDouble first = twoProduct(k, kLongStepParts[0]);
+  const DoubleDouble second = twoProduct(k, kLongStepParts[1]);
+  const DoubleDouble near = twoSum(x - first.high, -first.low);  // exact: x is near first.high
+  const DoubleDouble rest{-second.high, -second.low - k * kLongStepParts[2]};
+  const DoubleDouble r = near + rest;
+
+  const DoubleDouble square = r * r;
+  const double t = square.high;
+  const double fifth =
+      t * (0x1.1111111111111p-7 - t * (0x1.a01a01a01a01ap-13 - t * 0x1.71de3a556c734p-19));
+  const double fourth =
+      t * (0x1.5555555555555p-5 - t * (0x1.6c16c16c16c17p-10 - t * 0x1.a01a01a01a01ap-16));
+  const DoubleDouble cubic = DoubleDouble{-0x1.5555555555555p-3, -0x1.5555555555555p-57} + fifth;
+  const auto row = static_cast<std::size_t>(std::bit_cast<std::uint64_t>(turns) % kRows);
+  return {row, r + r * (square * cubic), square * fastTwoSum(-0.5, fourth)};
+}
+
+// The sine `quarters` quarter turns ahead.
+DoubleDouble carefulSine(const CarefulAngle& angle, std::size_t quarters) {
+  const double* row = kTable.row[(angle.row + quarters * kQuarter) % kRows];
+  const DoubleDouble s = fastTwoSum(row[0], row[1]);
+  const DoubleDouble c = fastTwoSum(row[2], row[3]);
+  return s + (c * angle.sine + s * angle.cosine);
+}
+
+double carefulSine(double x, std::size_t quarters, double (*slow)(double)) {
+  if (fabs(x) < kTiny) return quarters == 0 ? x : 1.0;
+  if (!(fabs(x) < kCarefulRange)) return slow(x);
+  const DoubleDouble sum = carefulSine(reduceCarefully(x), quarters);
+  const RoundedResult result = roundedWithin(sum, fabs(sum.high) * kCarefulError);
+  return result.doubt == 0 ? result.value : slow(x);
+}
+
+double carefulTangent(double x) {
+  if (fabs(x) < kTiny) return x;
+  if (!(fabs(x) < kCarefulRange)) return slow::tan(x);
+  const CarefulAngle angle = reduceCarefully(x);
+  const DoubleDouble s = carefulSine(angle, 0);
+  const DoubleDouble c = carefulSine(angle, 1);
+  const double q = s.high / c.high;
+  const DoubleDouble product = c * q;
+  const DoubleDouble remainder = s + DoubleDouble{-product.high, -product.low};
+  const DoubleDouble quotient = fastTwoSum(q, remainder.high / c.high);
+  const RoundedResult result = roundedWithin(quotient, fabs(q) * (3 * kCarefulError));
+  return result.doubt == 0 ? result.value : slow::tan(x);
+}
+
+}  // namespace
+
+double sin(double x) {
+  double y, unused;
+  if (evaluateScalar<Function::kSine>(x, y, unused)) [[likely]]
+    return y;
+  return carefulSine(x, 0, slow::sin);
+}
+
+double cos(double x) {
+  double y, unused;
+  if (evaluateScalar<Function::kCosine>(x, y, unused)) [[likely]]
+    return y;
+  return carefulSine(x, 1, slow::cos);
+}
+
+void sincos(double x, double& s, double& c) {
+  if (evaluateScalar<Function::kSineCosine>(x, s, c)) [[likely]]
+    return;
+  s = carefulSine(x, 0, slow::sin);
+  c = carefulSine(x, 1, slow::cos);
+}
+
+double tan(double x) {
+  double y, unused;
+  if (evaluateScalar<Function::kTangent>(x, y, unused)) [[likely]]
+    return y;
+  return carefulTangent(x);
+}
+
+void sin(const double* x, std::size_t n, double* s) {
+  evaluateArray(Function::kSine, sin, x, n, s);
+}
+
+void cos(const double* x, std::size_t n, double* c) {
+  evaluateArray(Function::kCosine, cos, x, n, c);
+}
+
+void tan(const double* x, std::size_t n, double* t) {
+  evaluateArray(Function::kTangent, tan, x, n, t);
+}
+
+void sincos(const double* x, std::size_t n, double* s, double* c) {
+  using Block = ElementaryBlock<1, 2>;
+  evaluateArrays<1, 2>(
+      {x}, n, {s, c},
+      [](Block& b, std::size_t count) {
+        bool any = false;
+        evaluateBlock(Function::kSineCosine, b.argument[0], count, b.value[0], b.value[1], b.doubt,
+                      any);
+        return any;
+      },
+      [](Block& b, std::size_t i) { sincos(b.argument[0][i], b.value[0][i], b.value[1][i]); });
+}
+
+}  // namespace fathom
