@@ -73,12 +73,27 @@ FATHOM_INLINE DoubleDouble operator*(DoubleDouble a, double b) {
   return fastTwoSum(product.high, product.low + rounded(a.low * b));
 }
 
-// A rounded result, and whether its rounding is in doubt: 1 where another value within the error
-// bound would round to another double. 64 bits wide, as the lanes it is computed in.
+// A rounded result, and whether its rounding is in doubt: not 0 where another value within the
+// error bound would round to another double. 64 bits wide, as the lanes it is computed in.
 struct RoundedResult {
   double value;
   std::uint64_t doubt;
 };
+
+FATHOM_INLINE double magnitude(double x) {
+  return std::bit_cast<double>(std::bit_cast<std::uint64_t>(x) & ~(std::uint64_t{1} << 63));
+}
+
+// Not 0 where two doubles differ or one is NaN, and where |x| is above `limit` or NaN. Unlike
+// comparisons, these vectorise for two lanes, too.
+FATHOM_INLINE std::uint64_t differingBits(double a, double b) {
+  return std::bit_cast<std::uint64_t>(a - b);
+}
+FATHOM_INLINE std::uint64_t outsideBits(double x, double limit) {
+  const auto room =
+      std::bit_cast<std::uint64_t>(limit) - std::bit_cast<std::uint64_t>(magnitude(x));
+  return room & (std::uint64_t{1} << 63);
+}
 
 // Rounds a pair that is off by at most `error` (absolute, above 0). The result must be a normal
 // number. Arguments that the fast path does not serve are marked through `outside`.

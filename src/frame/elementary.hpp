@@ -58,12 +58,8 @@ inline double atan2(double y, double x) {
   return std::atan2(y, x);
 }
 double exp(double x);
-inline double log(double x) {
-  return std::log(x);
-}
-inline double log10(double x) {
-  return std::log10(x);
-}
+double log(double x);
+double log10(double x);
 inline double pow(double x, double y) {
   return std::pow(x, y);
 }
@@ -76,9 +72,8 @@ void sin(const double* x, std::size_t n, double* s);
 void cos(const double* x, std::size_t n, double* c);
 void tan(const double* x, std::size_t n, double* t);
 void exp(const double* x, std::size_t n, double* e);
-inline void log(const double* x, std::size_t n, double* l) {
-  for (std::size_t i = 0; i < n; ++i) l[i] = log(x[i]);
-}
+void log(const double* x, std::size_t n, double* l);
+void log10(const double* x, std::size_t n, double* l);
 void sincos(const double* x, std::size_t n, double* s, double* c);
 
 }  // namespace fathom

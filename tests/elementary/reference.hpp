@@ -123,9 +123,10 @@ inline Arguments drawPoint(Random& random) {
   switch (random.integer(0, 4)) {
     case 0:
       return {random.anything(), random.anything()};
-    case 1: {  // the quotient is a double or halfway between two, often a subnormal one
-      const double x = std::ldexp(random.integer(1, 1 << 20), random.integer(-20, 980));
-      return {x * std::ldexp(random.integer(1, 1 << 20), random.integer(-1076, -40)), x};
+    case 1: {  // the quotient is a double or halfway between two, if subnormal
+      const double x = std::ldexp(random.integer(1, 1 << 20), random.integer(20, 980));
+      const int exponent = random.integer(-1076, random.coin() ? -1070 : -40);
+      return {std::ldexp(x * random.integer(1, 1 << 20), exponent), x};
     }
     case 2: {
       const double x = random.anything();
@@ -141,13 +142,16 @@ inline Arguments drawPower(Random& random) {
   switch (random.integer(0, 6)) {
     case 0:
       return {random.anything(), random.anything()};
-    case 1: {  // the power is a double or halfway between two, or nearly so
-      const int times = random.integer(1, 6);
-      const int roots = random.integer(0, 3);
-      const double odd = std::pow(random.integer(1, 1 << random.integer(1, 30 / times)), times);
-      const double base = std::ldexp(odd, random.integer(-80, 80) << roots);
-      const double y = random.integer(-times * 4, times * 4) / static_cast<double>(1 << roots);
-      if (random.coin()) return {base, y};
+    case 1: {  // the power has about 54 bits, so that it is halfway between two doubles, or nearly
+               // so
+      const int times = random.integer(2, 34);
+      const double root = std::floor(std::exp2(random.uniform(52.0, 54.5) / times));
+      int roots = random.integer(0, 4);
+      while (std::pow(root, 1 << roots) > 0x1p53) --roots;
+      const int exponent = random.integer(-1100, 1000) / times;
+      const double base = std::ldexp(std::pow(root, 1 << roots), exponent * (1 << roots));
+      const double y = times / static_cast<double>(1 << roots);
+      if (random.coin()) return {base, random.coin() ? y : -y};
       return {random.near(base, 0), random.near(y, 0)};
     }
     case 2: {
@@ -173,7 +177,9 @@ struct Elementary {
   double (*slow)(double, double);
   int (*reference)(mpfr_ptr, mpfr_srcptr, mpfr_srcptr);
   Arguments (*draw)(Random&);
-  std::vector<Arguments> hard;  // results within 2^-107 of the middle between two doubles, relative
+  // Results within 2^-107 of the middle between two doubles, relative; the angle that comes nearest
+  // to a multiple of pi/2.
+  std::vector<Arguments> hard;
 };
 
 #define FATHOM_DOOR(CALL) [](double x, [[maybe_unused]] double y) { return fathom::CALL; }
@@ -197,15 +203,18 @@ struct Elementary {
 inline const std::vector<Elementary>& elementaryFunctions() {
   // As soon as a function is behind the door: FATHOM_DOOR(sin(x)) for null.
   static const std::vector<Elementary> functions = {
-      FATHOM_ONE(sin, FATHOM_DOOR(sin(x)), drawAngle, {{0x1.598bae9e632f6p-7, 0}}),
-      FATHOM_ONE(cos, FATHOM_DOOR(cos(x)), drawAngle, {{0x1.34ec2f9fc9cp+1, 0}}),
-      FATHOM_ONE(tan, FATHOM_DOOR(tan(x)), drawAngle, {{0x1.dffffffffff1fp-22, 0}, {0x1.50486b2f87014p-5, 0}}),
-      FATHOM_ONE(atan, nullptr, drawSlope, {{0x1.6298b5896ed3cp+1, 0}, {0x1.22e8d75e2bc7fp-11, 0}}),
-      FATHOM_ONE(acos, nullptr, drawCosine, {{0x1.53ea6c7255e88p-4, 0}}),
+      FATHOM_ONE(sin, FATHOM_DOOR(sin(x)), drawAngle, {{0x1.598bae9e632f6p-7, 0}, {0x1.6ac5b262ca1ffp+849, 0}}),
+      FATHOM_ONE(cos, FATHOM_DOOR(cos(x)), drawAngle, {{0x1.34ec2f9fc9cp+1, 0}, {0x1.6ac5b262ca1ffp+849, 0}}),
+      FATHOM_ONE(
+          tan, FATHOM_DOOR(tan(x)), drawAngle,
+          {{0x1.dffffffffff1fp-22, 0}, {0x1.50486b2f87014p-5, 0}, {0x1.6ac5b262ca1ffp+849, 0}}),
+      FATHOM_ONE(atan, FATHOM_DOOR(atan(x)), drawSlope,
+                 {{0x1.6298b5896ed3cp+1, 0}, {0x1.22e8d75e2bc7fp-11, 0}}),
+      FATHOM_ONE(acos, FATHOM_DOOR(acos(x)), drawCosine, {{0x1.53ea6c7255e88p-4, 0}}),
       FATHOM_ONE(exp, FATHOM_DOOR(exp(x)), drawExponent, {{0x1.9e9cbbfd6080bp-31, 0}}),
-      FATHOM_ONE(log, nullptr, drawLogarithm, {}),
-      FATHOM_ONE(log10, nullptr, drawLogarithm, {{0x1.e12d66744ff81p+429, 0}}),
-      FATHOM_TWO(atan2, nullptr, drawPoint, {}),
+      FATHOM_ONE(log, FATHOM_DOOR(log(x)), drawLogarithm, {}),
+      FATHOM_ONE(log10, FATHOM_DOOR(log10(x)), drawLogarithm, {{0x1.e12d66744ff81p+429, 0}}),
+      FATHOM_TWO(atan2, FATHOM_DOOR(atan2(x, y)), drawPoint, {}),
       FATHOM_TWO(pow, nullptr, drawPower, {}),
   };
   return functions;

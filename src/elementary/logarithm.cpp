@@ -1,0 +1,134 @@
+// log and log10: the reduction of logarithm_reduction.hpp, a polynomial of degree 7 and a rounding
+// test; where that leaves the rounding in doubt, mostly beside 1, the same with the term z^2 / 2 of
+// the series taken exactly.
+//
+// (Tang, Table-driven implementation of the logarithm function in IEEE floating-point arithmetic,
+// ACM Transactions on Mathematical Software 16, 1990.)
+#include <cstddef>
+#include <cstdint>
+
+#include "elementary/array_form.hpp"
+#include "elementary/double_double.hpp"
+#include "elementary/logarithm_reduction.hpp"
+#include "elementary/logarithm_table.hpp"
+#include "elementary/slow.hpp"
+#include "elementary/table_rows.hpp"
+#include "frame/elementary.hpp"
+
+namespace fathom {
+namespace {
+
+// Bounds, u = 2^-53: of z^2 P(z), |P| near 1/2, the square is off by u / 2 z^2, P by 5/4 u z^2 (two
+// roundings and kFromSquareError), the product by u / 2 z^2; as much again come from the sum that
+// is `low` and from low +- error: 3.3 u z^2. The other terms of `low` are below 2^-43 |s|.
+constexpr double kLogSquareError = 0x1.cp-52;
+// The product with 1 / ln 10: the first factors are exact, the tail is rounded three times.
+constexpr double kLog10SquareError = 0x1.4p-52;
+constexpr double kSumError = 0x1p-74;
+static_assert(kFromSquareError <= 0x1.1p-55);
+
+struct Natural {
+  static constexpr double kSquareError = kLogSquareError;
+
+  FATHOM_INLINE static DoubleDouble inBase(DoubleDouble x) { return x; }
+  FATHOM_INLINE static DoubleDouble accurateInBase(DoubleDouble x) { return x; }
+  static double slow(double x) { return slow::log(x); }
+};
+
+struct Decimal {
+  static constexpr double kSquareError = kLog10SquareError;
+
+  FATHOM_INLINE static DoubleDouble inBase(DoubleDouble x) {
+    const double leading = split(x.high).high;
+    const double tail = (x.high - leading) + x.low;
+    return {rounded(leading * kInverseLn10[0]),
+            rounded(leading * kInverseLn10[1]) + rounded(tail * kInverseLn10Pair[0])};
+  }
+  FATHOM_INLINE static DoubleDouble accurateInBase(DoubleDouble x) {
+    return fastTwoSum(x.high, x.low) * DoubleDouble{kInverseLn10Pair[0], kInverseLn10Pair[1]};
+  }
+  static double slow(double x) { return slow::log10(x); }
+};
+
+template <typename Base>
+FATHOM_INLINE RoundedResult fastLog(double x, TableRow reduction, TableRow logarithm) {
+  const ReducedLogarithm reduced = reduceLogarithm(x, reduction, logarithm);
+  const double z = reduced.z;
+  const double square = rounded(z * z);
+  const double a = kFromSquare[0] + rounded(z * kFromSquare[1]);
+  const double b = kFromSquare[2] + rounded(z * kFromSquare[3]);
+  const double c = kFromSquare[4] + rounded(z * kFromSquare[5]);
+  const double p = a + rounded(square * (b + rounded(square * c)));
+  // Exact: `leading` is 0 or a multiple of the last bit of z.
+  const double s = reduced.leading + z;
+  const double lost = (reduced.leading - s) + z;
+  const DoubleDouble y = Base::inBase({s, rounded(square * p) + (lost + reduced.rest)});
+  const double error = rounded(square * Base::kSquareError) + rounded(magnitude(s) * kSumError);
+  const double above = y.high + (y.low + error);
+  const double below = y.high + (y.low - error);
+  return {above, differingBits(above, below) | notNormalBits(x)};
+}
+
+template <typename Base>
+double exactLog(double x) {
+  if (notNormalBits(x) != 0) return Base::slow(x);
+  const std::size_t cell = cellOf(x);
+  const LogarithmSum sum =
+      accurateLogarithm(reduceLogarithm(x, kReductionTable[cell], kLogarithmTable[cell]));
+  const double error = magnitude(sum.cube) * 0x1p-51 + magnitude(sum.high) * 0x1p-81;
+  const RoundedResult result = roundedWithin(Base::accurateInBase({sum.high, sum.low}), error);
+  return result.doubt == 0 ? result.value : Base::slow(x);
+}
+
+template <typename Base>
+FATHOM_INLINE bool fastLogs(const double* x, std::size_t n, double* y, std::uint64_t* doubt) {
+  alignas(64) TableRow reductions[kElementaryBlock];
+  alignas(64) TableRow logarithms[kElementaryBlock];
+  lookUpRows(kReductionTable, n, reductions, [x](std::size_t i) { return cellOf(x[i]); });
+  lookUpRows(kLogarithmTable, n, logarithms, [x](std::size_t i) { return cellOf(x[i]); });
+  std::uint64_t any = 0;
+  FATHOM_INDEPENDENT
+  for (std::size_t i = 0; i < n; ++i) {
+    const RoundedResult result = fastLog<Base>(x[i], reductions[i], logarithms[i]);
+    y[i] = result.value;
+    doubt[i] = result.doubt;
+    any |= result.doubt;
+  }
+  return any != 0;
+}
+
+FATHOM_MULTIVERSION bool naturalLogs(const double* x, std::size_t n, double* y,
+                                     std::uint64_t* doubt) {
+  return fastLogs<Natural>(x, n, y, doubt);
+}
+FATHOM_MULTIVERSION bool decimalLogs(const double* x, std::size_t n, double* y,
+                                     std::uint64_t* doubt) {
+  return fastLogs<Decimal>(x, n, y, doubt);
+}
+
+template <typename Base>
+FATHOM_INLINE double logOf(double x) {
+  const std::size_t cell = cellOf(x);
+  const RoundedResult result = fastLog<Base>(x, kReductionTable[cell], kLogarithmTable[cell]);
+  return result.doubt == 0 ? result.value : exactLog<Base>(x);
+}
+
+}  // namespace
+
+double log(double x) {
+  return logOf<Natural>(x);
+}
+
+double log10(double x) {
+  return logOf<Decimal>(x);
+}
+
+void log(const double* x, std::size_t n, double* y) {
+  evaluateArray(x, n, y, naturalLogs, exactLog<Natural>);
+}
+
+void log10(const double* x, std::size_t n, double* y) {
+  evaluateArray(x, n, y, decimalLogs, exactLog<Decimal>);
+}
+
+}  // namespace fathom
