@@ -14,6 +14,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "elementary/double_double.hpp"
 #include "fathom.h"
@@ -21,7 +22,6 @@
 #include "frame/lanes.hpp"
 #include "frame/multiversion.hpp"
 #include "frame/workspace.hpp"
-#include "linalg/element.hpp"
 #include "linalg/tile.hpp"
 
 namespace fathom {
@@ -38,56 +38,88 @@ double scaleOf(double x) {
   return power > 0x1p-1022 ? power : 0x1p-1022;
 }
 
-// sums[c] = the sum of x[i] y[c stride + i], over a multiple of kPartial rows.
+// The sum of kPartial partial sums and more, pair by pair.
 template <std::size_t count>
-FATHOM_INLINE void dotsOf(const double* x, const double* y, std::size_t stride, std::size_t rows,
-                          double* sums) {
-  double partial[count][kPartial] = {};
+FATHOM_INLINE double folded(double (&partial)[count]) {
+  for (std::size_t half = count / 2; half > 0; half /= 2) {
+    for (std::size_t l = 0; l < half; ++l) partial[l] += partial[l + half];
+  }
+  return partial[0];
+}
+
+// sums[c] = the sum of x[i] y[c rows + i], over a multiple of kPartial rows.
+template <std::size_t bytes, std::size_t count>
+FATHOM_INLINE void dotsOf(const double* x, const double* y, std::size_t rows, double* sums) {
+  constexpr std::size_t kLanes = kLanesOf<bytes>, kVectors = kPartial / kLanes;
+  Lanes<bytes> partial[count][kVectors] = {};
   for (std::size_t i = 0; i < rows; i += kPartial) {
-    for (std::size_t c = 0; c < count; ++c) {
-      for (std::size_t l = 0; l < kPartial; ++l) {
-        partial[c][l] += x[i + l] * y[c * stride + i + l];
+    FATHOM_UNROLL
+    for (std::size_t v = 0; v < kVectors; ++v) {
+      Lanes<bytes> xs, ys;
+      load(xs, x + i + v * kLanes);
+      FATHOM_UNROLL
+      for (std::size_t c = 0; c < count; ++c) {
+        load(ys, y + c * rows + i + v * kLanes);
+        partial[c][v] = partial[c][v] + xs * ys;
       }
     }
   }
   for (std::size_t c = 0; c < count; ++c) {
-    for (std::size_t half = kPartial / 2; half > 0; half /= 2) {
-      for (std::size_t l = 0; l < half; ++l) partial[c][l] += partial[c][l + half];
-    }
-    sums[c] = partial[c][0];
+    double parts[kPartial];
+    for (std::size_t v = 0; v < kVectors; ++v) store(parts + v * kLanes, partial[c][v]);
+    sums[c] = folded(parts);
   }
 }
 
-// One sum alone has four times as many parts, as each waits for its own last addition.
-FATHOM_INLINE double dot(const double* x, const double* y, std::size_t rows) {
-  constexpr std::size_t kChains = 4;
-  double partial[kChains][kPartial] = {};
-  std::size_t i = 0;
-  for (; i + kChains * kPartial <= rows; i += kChains * kPartial) {
-    for (std::size_t c = 0; c < kChains; ++c) {
-      for (std::size_t l = 0; l < kPartial; ++l) {
-        partial[c][l] += x[i + c * kPartial + l] * y[i + c * kPartial + l];
-      }
+// One sum alone has four times as many parts, as each waits for its own last addition. With
+// `subtracts`, y = y - factor z comes first.
+template <std::size_t bytes, bool subtracts>
+FATHOM_INLINE double dotOf(const double* x, std::conditional_t<subtracts, double*, const double*> y,
+                           double factor, const double* z, std::size_t rows) {
+  constexpr std::size_t kLanes = kLanesOf<bytes>, kVectors = kPartial / kLanes;
+  constexpr std::size_t kChains = 4, kSpan = kChains * kPartial;
+  Lanes<bytes> partial[kChains * kVectors] = {};
+  const auto take = [&](std::size_t i, Lanes<bytes> & sum) __attribute__((always_inline)) {
+    Lanes<bytes> xs, ys;
+    load(xs, x + i);
+    load(ys, y + i);
+    if constexpr (subtracts) {
+      Lanes<bytes> zs;
+      load(zs, z + i);
+      ys = ys - zs * factor;
+      store(y + i, ys);
     }
+    sum = sum + xs * ys;
+  };
+  std::size_t i = 0;
+  for (; i + kSpan <= rows; i += kSpan) {
+    FATHOM_UNROLL
+    for (std::size_t v = 0; v < kChains * kVectors; ++v) take(i + v * kLanes, partial[v]);
   }
   for (; i < rows; i += kPartial) {
-    for (std::size_t l = 0; l < kPartial; ++l) partial[0][l] += x[i + l] * y[i + l];
+    FATHOM_UNROLL
+    for (std::size_t v = 0; v < kVectors; ++v) take(i + v * kLanes, partial[v]);
   }
-  for (std::size_t l = 0; l < kPartial; ++l) {
-    partial[0][l] = (partial[0][l] + partial[1][l]) + (partial[2][l] + partial[3][l]);
-  }
-  for (std::size_t half = kPartial / 2; half > 0; half /= 2) {
-    for (std::size_t l = 0; l < half; ++l) partial[0][l] += partial[0][l + half];
-  }
-  return partial[0][0];
+  double parts[kSpan];
+  for (std::size_t v = 0; v < kChains * kVectors; ++v) store(parts + v * kLanes, partial[v]);
+  return folded(parts);
+}
+template <std::size_t bytes>
+FATHOM_INLINE double dotOf(const double* x, const double* y, std::size_t rows) {
+  return dotOf<bytes, false>(x, y, 0.0, nullptr, rows);
 }
 
-FATHOM_INLINE void dots(const double* x, const double* y, std::size_t count, std::size_t rows,
-                        double* sums) {
+template <std::size_t bytes>
+FATHOM_INLINE void dotsIntoOf(const double* x, const double* y, std::size_t count, std::size_t rows,
+                              double* sums) {
   std::size_t c = 0;
-  for (; c + 4 <= count; c += 4) dotsOf<4>(x, y + c * rows, rows, rows, sums + c);
-  for (; c < count; ++c) sums[c] = dot(x, y + c * rows, rows);
+  for (; c + 4 <= count; c += 4) dotsOf<bytes, 4>(x, y + c * rows, rows, sums + c);
+  for (; c < count; ++c) sums[c] = dotOf<bytes>(x, y + c * rows, rows);
 }
+FATHOM_BY_WIDTH(dotsInto,
+                (const double* x, const double* y, std::size_t count, std::size_t rows,
+                 double* sums),
+                (x, y, count, rows, sums))
 
 // y = y - factor x
 FATHOM_INLINE void subtract(double* y, double factor, const double* x, std::size_t rows) {
@@ -95,10 +127,6 @@ FATHOM_INLINE void subtract(double* y, double factor, const double* x, std::size
   for (std::size_t i = 0; i < rows; ++i) y[i] -= factor * x[i];
 }
 
-FATHOM_MULTIVERSION void dotsInto(const double* x, const double* y, std::size_t count,
-                                  std::size_t rows, double* sums) {
-  dots(x, y, count, rows, sums);
-}
 FATHOM_MULTIVERSION void subtractFrom(double* y, const double* factors, std::size_t count,
                                       const double* x, std::size_t rows) {
   for (std::size_t c = 0; c < count; ++c) subtract(y + c * rows, factors[c], x, rows);
@@ -116,11 +144,12 @@ struct Reflection {
 };
 
 // Reflects the rows of a block, column after column, into the triangle R above it.
-FATHOM_MULTIVERSION void reflectBlock(double* q, std::size_t rows, std::size_t k, double* r,
-                                      Reflection* reflections, double* sums) {
+template <std::size_t bytes>
+FATHOM_INLINE void reflectBlockOf(double* q, std::size_t rows, std::size_t k, double* r,
+                                  Reflection* reflections, double* sums) {
   for (std::size_t j = 0; j < k; ++j) {
     double *v = q + j * rows, *row = r + j * k;
-    const double square = dot(v, v, rows);
+    const double square = dotOf<bytes>(v, v, rows);
     if (square < kNegligible) {
       reflections[j] = {0.0, 0.0};
       continue;
@@ -131,7 +160,7 @@ FATHOM_MULTIVERSION void reflectBlock(double* q, std::size_t rows, std::size_t k
     reflections[j] = {pivot, gamma};
     row[j] = beta;
     const std::size_t rest = k - j - 1;
-    dots(v, v + rows, rest, rows, sums);
+    dotsIntoOf<bytes>(v, v + rows, rest, rows, sums);
     for (std::size_t c = 0; c < rest; ++c) {
       const double factor = (pivot * row[j + 1 + c] + sums[c]) / gamma;
       row[j + 1 + c] -= factor * pivot;
@@ -140,21 +169,35 @@ FATHOM_MULTIVERSION void reflectBlock(double* q, std::size_t rows, std::size_t k
   }
 }
 
+FATHOM_BY_WIDTH(reflectBlock,
+                (double* q, std::size_t rows, std::size_t k, double* r, Reflection* reflections,
+                 double* sums),
+                (q, rows, k, r, reflections, sums))
+
 // Applies one block's reflections, in their order or from the last to the first, to the vector of
 // `top`, which goes with R, and the block's rows of f.
-FATHOM_MULTIVERSION void applyReflections(const double* q, std::size_t rows, std::size_t k,
-                                          const Reflection* reflections, bool backwards,
-                                          double* top, double* f) {
+template <std::size_t bytes>
+FATHOM_INLINE void applyReflectionsOf(const double* q, std::size_t rows, std::size_t k,
+                                      const Reflection* reflections, bool backwards, double* top,
+                                      double* f) {
+  const auto vectorAt = [=](std::size_t i) { return q + (backwards ? k - 1 - i : i) * rows; };
+  double sum = dotOf<bytes>(vectorAt(0), f, rows);
   for (std::size_t i = 0; i < k; ++i) {
     const std::size_t j = backwards ? k - 1 - i : i;
     const auto [pivot, gamma] = reflections[j];
-    if (gamma == 0.0) continue;
-    const double* v = q + j * rows;
-    const double factor = (pivot * top[j] + dot(v, f, rows)) / gamma;
+    const double factor = gamma == 0.0 ? 0.0 : (pivot * top[j] + sum) / gamma;
     top[j] -= factor * pivot;
-    subtract(f, factor, v, rows);
+    if (i + 1 == k) {
+      subtract(f, factor, vectorAt(i), rows);
+    } else {
+      sum = dotOf<bytes, true>(vectorAt(i + 1), f, factor, vectorAt(i), rows);
+    }
   }
 }
+FATHOM_BY_WIDTH(applyReflections,
+                (const double* q, std::size_t rows, std::size_t k, const Reflection* reflections,
+                 bool backwards, double* top, double* f),
+                (q, rows, k, reflections, backwards, top, f))
 
 // Givens rotations of pairs of rows x and z: sine and cosine go to where they are kept.
 FATHOM_INLINE void rotationsOf(double* x, double* z, double* cosines, std::size_t count) {
@@ -319,6 +362,43 @@ FATHOM_MULTIVERSION void scaleColumn(double* a, double* q, double scale, const d
   for (std::size_t i = 0; i < rows; ++i) q[i] = a[i] / deviations[i];
 }
 
+DoubleDouble quotient(DoubleDouble a, double b) {
+  const double high = a.high / b;
+  const DoubleDouble product = twoProduct(high, b);
+  return {high, ((a.high - product.high) - product.low + a.low) / b};
+}
+
+// high + low = (high + low) / deviations
+FATHOM_MULTIVERSION void divideAll(double* high, double* low, const double* deviations,
+                                   std::size_t rows) {
+  FATHOM_INDEPENDENT
+  for (std::size_t i = 0; i < rows; ++i) {
+    const DoubleDouble q = quotient({high[i], low[i]}, deviations[i]);
+    high[i] = q.high;
+    low[i] = q.low;
+  }
+}
+
+// high + low = high + low + x
+FATHOM_MULTIVERSION void addAll(double* high, double* low, const double* x, std::size_t rows) {
+  FATHOM_INDEPENDENT
+  for (std::size_t i = 0; i < rows; ++i) {
+    const DoubleDouble sum = DoubleDouble{high[i], low[i]} + x[i];
+    high[i] = sum.high;
+    low[i] = sum.low;
+  }
+}
+
+// f = f + fLow - x - xLow
+FATHOM_MULTIVERSION void differences(double* f, const double* fLow, const double* x,
+                                     const double* xLow, std::size_t rows) {
+  FATHOM_INDEPENDENT
+  for (std::size_t i = 0; i < rows; ++i) {
+    const DoubleDouble left = DoubleDouble{f[i], fLow[i]} + -x[i];
+    f[i] = left.high + (left.low - xLow[i]);
+  }
+}
+
 // The matrix and everything that goes with it, in one piece of memory.
 class Fit {
  public:
@@ -459,9 +539,6 @@ class Fit {
       deviationUnit_ = scaleOf(smallest);
       for (std::size_t i = 0; i < points_; ++i) deviations_[i] = deviations[i] / deviationUnit_;
     }
-    const auto deviationsFrom = [this](std::size_t first) {
-      return weighted_ ? deviations_ + first : nullptr;
-    };
     std::fill_n(scale_, k_, 0.0);
     forBlocks(a_, false, [&](double* a, std::size_t first, std::size_t rows) {
       gatherBlock(h + first * k_, rows, std::min(rows, points_ - first), k_, a);
@@ -470,19 +547,25 @@ class Fit {
       }
     });
     for (std::size_t j = 0; j < k_; ++j) scale_[j] = 1.0 / scaleOf(scale_[j]);
-    forBlocks(a_, false, [&](double* a, std::size_t first, std::size_t rows) {
-      for (std::size_t j = 0; j < k_; ++j) {
-        scaleColumn(a + j * rows, q_ + first * k_ + j * rows, scale_[j], deviationsFrom(first),
-                    rows);
-      }
-    });
     std::copy_n(y, points_, b_);
     std::fill(b_ + points_, b_ + rows_, 0.0);
     unit_ = scaleOf(largestOf(b_, deviationsFrom(0), rows_, 0.0));
     scaleColumn(b_, f_, 1.0 / unit_, deviationsFrom(0), rows_);
   }
 
-  double tolerance() const { return kEpsilon * static_cast<double>(points_); }
+  const double* deviationsFrom(std::size_t first) const {
+    return weighted_ ? deviations_ + first : nullptr;
+  }
+
+  // Scales the columns of a block, and makes the copy that is factored.
+  void prepare(std::size_t first, std::size_t rows) {
+    for (std::size_t j = 0; j < k_; ++j) {
+      const std::size_t column = first * k_ + j * rows;
+      scaleColumn(a_ + column, q_ + column, scale_[j], deviationsFrom(first), rows);
+    }
+  }
+
+  double tolerance() const { return 0x1p-52 * static_cast<double>(points_); }
 
   AnalysisStatus factor() {
     rank_ = k_;
@@ -490,6 +573,7 @@ class Fit {
     switch (algorithm_) {
       case FATHOM_LS_GIVENS:
         forBlocks(q_, false, [&](double* q, std::size_t first, std::size_t rows) {
+          prepare(first, rows);
           rotateBlock(q, rows, k_, r_, cosines_ + first * k_);
         });
         break;
@@ -501,6 +585,7 @@ class Fit {
         return factorNormal();
       default:
         forBlocks(q_, false, [&](double* q, std::size_t first, std::size_t rows) {
+          prepare(first, rows);
           reflectBlock(q, rows, k_, r_, reflections_ + first / blockRows_ * k_, sums_);
         });
     }
@@ -519,6 +604,8 @@ class Fit {
   }
 
   void orthonormalise() {
+    forBlocks(q_, false,
+              [&](double*, std::size_t first, std::size_t rows) { prepare(first, rows); });
     for (std::size_t j = 0; j < k_; ++j) {
       double* row = r_ + j * k_;
       const auto sumsOfBlocks = [&](std::size_t from, std::size_t count) {
@@ -555,7 +642,8 @@ class Fit {
   AnalysisStatus factorNormal() {
     double* gram = u_;
     std::fill_n(gram, k_ * k_, 0.0);
-    forBlocks(q_, false, [&](double* q, std::size_t, std::size_t rows) {
+    forBlocks(q_, false, [&](double* q, std::size_t first, std::size_t rows) {
+      prepare(first, rows);
       for (std::size_t j = 0; j < k_; ++j) {
         dotsInto(q + j * rows, q + j * rows, k_ - j, rows, sums_);
         for (std::size_t c = j; c < k_; ++c) gram[j * k_ + c] += sums_[c - j];
@@ -683,19 +771,21 @@ class Fit {
 
   // What x and the residuals leave over of the equations: f = b - r - A x, g = -A^T r.
   void leftOver() {
-    for (std::size_t i = 0; i < rows_; ++i) {
-      const DoubleDouble w = {residual_[i], residualLow_[i]};
-      const DoubleDouble q = weighted_ ? quotient(w, deviations_[i]) : w;
-      weight_[i] = q.high;
-      weightLow_[i] = q.low;
-      f_[i] = b_[i];
-      low_[i] = 0.0;
+    const double *weight = residual_, *weightLow = residualLow_;
+    if (weighted_) {
+      std::copy_n(residual_, rows_, weight_);
+      std::copy_n(residualLow_, rows_, weightLow_);
+      divideAll(weight_, weightLow_, deviations_, rows_);
+      weight = weight_;
+      weightLow = weightLow_;
     }
+    std::copy_n(b_, rows_, f_);
+    std::fill_n(low_, rows_, 0.0);
     for (std::size_t j = 0; j < k_; ++j) dx_[j] = -x_[j];
     std::fill_n(partial_, 2 * kPartial * k_, 0.0);
     double* partialLow = partial_ + kPartial * k_;
     forBlocks(a_, false, [&](double* a, std::size_t first, std::size_t rows) {
-      accurateProducts(a, rows, k_, dx_, weight_ + first, weightLow_ + first, f_ + first,
+      accurateProducts(a, rows, k_, dx_, weight + first, weightLow + first, f_ + first,
                        low_ + first, partial_, partialLow);
     });
     for (std::size_t j = 0; j < k_; ++j) {
@@ -705,17 +795,8 @@ class Fit {
       }
       g_[j] = -(sum.high + sum.low);
     }
-    for (std::size_t i = 0; i < rows_; ++i) {
-      DoubleDouble left = {f_[i], low_[i]};
-      if (weighted_) left = quotient(left, deviations_[i]);
-      left = left + -residual_[i];
-      f_[i] = left.high + (left.low - residualLow_[i]);
-    }
-  }
-  static DoubleDouble quotient(DoubleDouble a, double b) {
-    const double high = a.high / b;
-    const DoubleDouble product = twoProduct(high, b);
-    return {high, ((a.high - product.high) - product.low + a.low) / b};
+    if (weighted_) divideAll(f_, low_, deviations_, rows_);
+    differences(f_, low_, residual_, residualLow_, rows_);
   }
 
   // A first correction of the size of the solution means that the factorisation saw dependent
@@ -739,12 +820,7 @@ class Fit {
       correction /= largest;
       if (pass > 0 && !(correction < 0.5 * before)) break;
       for (std::size_t j = 0; j < k_; ++j) x_[j] += dx_[j];
-      for (std::size_t i = 0; i < rows_; ++i) {
-        const DoubleDouble sum = twoSum(residual_[i], f_[i]);
-        const DoubleDouble all = fastTwoSum(sum.high, residualLow_[i] + sum.low);
-        residual_[i] = all.high;
-        residualLow_[i] = all.low;
-      }
+      addAll(residual_, residualLow_, f_, rows_);
       if (pass == 0) continue;
       // The next correction would be about the square of this one.
       double smallest = largest;

