@@ -160,7 +160,9 @@ cell is a problem that the algorithm reports as singular, or that is not the rou
 
 Rounding the powers and the observations to doubles already moves the solution. "Exact" is the
 solution of the rounded problem, without any further error: it is what an algorithm can be asked
-for, and where a peer shows more digits than that, its errors happened to cancel it.
+for, and where a peer shows more digits than that, its errors happened to cancel it. NumPy's lstsq
+takes Filip's matrix for rank-deficient, as it does not scale the columns; polyfit does, and makes
+the powers itself, by repeated multiplication.
 """)
     exact = {"exact": lambda p: p.of_doubles}
     columns = {**exact, **{f"{i} {a}": f for i, (a, f) in enumerate(own.items())}, **PEERS}
