@@ -269,6 +269,7 @@ int main(int argc, char** argv) {
   fathom::bench::addEigenvalueRows();
   fathom::bench::addLuRows();
   fathom::bench::addFilterRows();
+  fathom::bench::addInterpolationRows();
   fathom::bench::addFitRows();
   fathom::bench::TableReporter table;
   benchmark::RunSpecifiedBenchmarks(&table);

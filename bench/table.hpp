@@ -60,6 +60,7 @@ void addSvdRows();
 void addEigenvalueRows();
 void addLuRows();
 void addFilterRows();
+void addInterpolationRows();
 void addFitRows();
 
 using Array = std::shared_ptr<std::vector<double>>;

@@ -183,7 +183,7 @@ AnalysisStatus Spline(const double* x, const double* y, int32_t n, double firstS
     y2[0] = -0.5;
     u[0] = (3.0 / h) * ((y[1] - y[0]) / h - firstSlope);
   }
-  double share[kBlock], bend[kBlock];
+  double share[kBlock] = {}, bend[kBlock] = {};
   for (std::size_t i = 1; i < last; i += kBlock) {
     const std::size_t count = last - i < kBlock ? last - i : kBlock;
     const std::size_t distinct = prepare(x + i - 1, y + i - 1, count, share, bend);
