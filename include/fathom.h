@@ -4303,9 +4303,73 @@ FATHOM_API AnalysisStatus GenLSFitCoef(const double* h, int32_t n, int32_t k, co
 
 /* ---- Nonlinear fits (src/fit/nonlinear.cpp) ------------------------------------------------- */
 
+/**
+ * Nonlinear least squares: the coefficients c that make the sum of (y[i] - model(x[i], c, k))^2
+ * least, near those given. NonLinearFitWithMaxIters with 100 iterations.
+ *
+ * In place: `fitted` may be `x` or `y`.
+ *
+ * @param[in] x n abscissas, which go to the model and nowhere else: with several predictors, they
+ *            may be indices into tables of the caller's
+ * @param[in] y n observations
+ * @param[in] n number of observations, at least 1
+ * @param[in] model value at one abscissa. It is called with coefficients in memory of the call's
+ *            own, all of them finite
+ * @param[in,out] coefficients k values: where to start, and the result
+ * @param[in] k number of coefficients, 1 to n
+ * @param[out] fitted n values of the model at the resulting coefficients
+ * @param[out] meanSquaredError mean of (y[i] - fitted[i])^2 over the n points
+ * @return FATHOM_OK; FATHOM_ERR_SELECTION if model is null; FATHOM_ERR_NO_SAMPLES if n < 1 or
+ *         k < 1; FATHOM_ERR_ARRAY_SIZE if n < k; FATHOM_ERR_MEMORY; FATHOM_ERR_ITERATIONS as from
+ *         NonLinearFitWithMaxIters
+ */
 FATHOM_API AnalysisStatus NonLinearFit(const double* x, const double* y, int32_t n,
                                        FathomModel model, double* coefficients, int32_t k,
                                        double* fitted, double* meanSquaredError);
+/**
+ * NonLinearFit with a limit of iterations.
+ *
+ * The method is that of Levenberg and Marquardt as a trust region, with derivatives by central
+ * differences. Coefficients in which the model turns out to be linear are eliminated: for every
+ * step of the others they are solved for anew. Two Newton steps in a row are extrapolated. The fit
+ * ends where a step promises to shorten the residual by less than 10^-9 of itself, or by less than
+ * rounding allows; as a rule the coefficients then have 8 digits or more. docs/fits.md has the
+ * digits for reference data.
+ *
+ * An iteration is one set of derivatives and the steps that are tried with it. It calls the model
+ * at all points twice for every coefficient that is not eliminated, then for every step once, and,
+ * if some are eliminated, once more and once for each of those. The first iteration also finds out
+ * which ones can be.
+ *
+ * A fit that stalls, or that ends where a coefficient no longer has any influence, starts again
+ * with a longer or shorter first step, up to three times, within the same limit; the best result
+ * counts. A step to where the model is infinite or NaN is not taken. A coefficient that the model
+ * does not depend on keeps its value, and the rest is fitted, with status 0.
+ *
+ * Sources: K. Levenberg, "A method for the solution of certain non-linear problems in least
+ * squares", Quarterly of Applied Mathematics, 1944; D. W. Marquardt, "An algorithm for
+ * least-squares estimation of nonlinear parameters", Journal of the Society for Industrial and
+ * Applied Mathematics, 1963; J. J. More, "The Levenberg-Marquardt algorithm: implementation and
+ * theory", Lecture Notes in Mathematics 630, 1978; for the elimination, L. Kaufman, "A variable
+ * projection method for solving separable nonlinear least squares problems", BIT, 1975.
+ *
+ * In place: `fitted` may be `x` or `y`.
+ *
+ * @param[in] x n abscissas
+ * @param[in] y n observations
+ * @param[in] n number of observations, at least 1
+ * @param[in] model value at one abscissa
+ * @param[in,out] coefficients k values: where to start, and the result
+ * @param[in] k number of coefficients, 1 to n
+ * @param[in] maxIterations at least 1
+ * @param[out] fitted n values of the model at the resulting coefficients
+ * @param[out] meanSquaredError mean of (y[i] - fitted[i])^2 over the n points
+ * @return FATHOM_OK; FATHOM_ERR_SELECTION if model is null; FATHOM_ERR_NO_SAMPLES if n < 1 or
+ *         k < 1; FATHOM_ERR_ARRAY_SIZE if n < k; FATHOM_ERR_SELECTION if maxIterations < 1;
+ *         FATHOM_ERR_MEMORY; FATHOM_ERR_ITERATIONS if a coefficient, an observation, or the model
+ *         at the start is infinite or NaN, with nothing written, or if no solution is found in
+ *         maxIterations, with the best coefficients so far, their fit and its error written
+ */
 FATHOM_API AnalysisStatus NonLinearFitWithMaxIters(const double* x, const double* y, int32_t n,
                                                    FathomModel model, double* coefficients,
                                                    int32_t k, int32_t maxIterations, double* fitted,

@@ -1,0 +1,159 @@
+#include "fit/strd.hpp"
+#include "support/testing.hpp"
+
+namespace fathom::test {
+namespace {
+
+// Digits that agree with the certified value, at most the 11 that it has.
+double digits(double value, double certified) {
+  const double error = std::fabs(value - certified) / std::fabs(certified);
+  return error > 0.0 ? std::min(11.0, -std::log10(error)) : 11.0;
+}
+
+TEST(NonLinearFit, SolvesTheReferenceProblemsFromBothStarts) {
+  for (const StrdProblem& p : strdProblems()) {
+    for (const Values& start : p.starts) {
+      Guarded c(start), fitted(p.x.size()), error(1);
+      const int32_t n = count(p.x), k = count(start);
+      ASSERT_EQ(NonLinearFit(p.x.data(), p.y.data(), n, p.model, c, k, fitted, error), FATHOM_OK)
+          << p.name;
+      EXPECT_TRUE(c.intact() && fitted.intact() && error.intact());
+      double least = 11.0, sum = 0.0;
+      for (std::size_t j = 0; j < start.size(); ++j) {
+        least = std::min(least, digits(c.values()[j], p.certified[j]));
+      }
+      EXPECT_GE(least, 7.0) << p.name << " from " << start[0];
+      for (std::size_t i = 0; i < p.x.size(); ++i) {
+        EXPECT_EQ(fitted.values()[i], p.model(p.x[i], c, k));
+        sum += (p.y[i] - fitted.values()[i]) * (p.y[i] - fitted.values()[i]);
+      }
+      EXPECT_EQ(error.values()[0], sum / n);
+      if (std::string(p.name) != "lanczos1") {
+        EXPECT_GE(digits(sum, p.squares), 8.0) << p.name;
+      }
+    }
+  }
+}
+
+// Fits a model to its values at `truth`, in x = 0, 1/n, 2/n, ...
+struct Trial {
+  AnalysisStatus run(FathomModel model, const Values& truth, std::size_t n, int32_t iterations) {
+    for (std::size_t i = 0; i < n; ++i) {
+      x.push_back(static_cast<double>(i) / static_cast<double>(n));
+      y.push_back(model(x[i], truth.data(), count(truth)) + noise * uniform(n)[i]);
+    }
+    fitted.resize(n);
+    return NonLinearFitWithMaxIters(x.data(), y.data(), count(x), model, c.data(), count(c),
+                                    iterations, fitted.data(), &error);
+  }
+  Values c;
+  double noise = 0.0;
+  Values x = {}, y = {}, fitted = {};
+  double error = -1.0;
+};
+
+double decay(double x, const double* c, int32_t) {
+  return c[0] * std::exp(-c[1] * x) + c[2];
+}
+
+TEST(NonLinearFit, ChecksInOrder) {
+  const double x[] = {1, 2}, y[] = {3, 4};
+  const auto status = [&](int32_t n, FathomModel model, int32_t k, int32_t iterations) {
+    Guarded c(2), fitted(2), error(1);
+    const AnalysisStatus s =
+        NonLinearFitWithMaxIters(x, y, n, model, c, k, iterations, fitted, error);
+    EXPECT_TRUE(c.untouched() && fitted.untouched() && error.untouched());
+    return s;
+  };
+  EXPECT_EQ(status(0, nullptr, 0, 0), FATHOM_ERR_SELECTION);
+  EXPECT_EQ(status(0, decay, 3, 0), FATHOM_ERR_NO_SAMPLES);
+  EXPECT_EQ(status(-5, decay, -6, 0), FATHOM_ERR_NO_SAMPLES);
+  EXPECT_EQ(status(2, decay, 3, 0), FATHOM_ERR_ARRAY_SIZE);
+  EXPECT_EQ(status(2, decay, 2, 0), FATHOM_ERR_SELECTION);
+  EXPECT_EQ(status(INT32_MAX, decay, INT32_MAX, 1), FATHOM_ERR_MEMORY);
+}
+
+TEST(NonLinearFit, RunsOutWithTheBestSoFar) {
+  const auto swing = [](double x, const double* c, int32_t) {
+    return std::exp(-c[0] * x * c[1]) + std::sin(c[1] * c[1] * x);
+  };
+  double last = kInf;
+  for (int32_t iterations = 1; iterations < 8; ++iterations) {
+    Trial t = {{0.1, 2.5}};
+    const AnalysisStatus status = t.run(swing, {2, 1.5}, 20, iterations);
+    EXPECT_EQ(t.fitted[3], swing(t.x[3], t.c.data(), 2));
+    EXPECT_LE(t.error, last);
+    last = t.error;
+    if (iterations < 3) {
+      EXPECT_EQ(status, FATHOM_ERR_ITERATIONS);
+    }
+  }
+}
+
+TEST(NonLinearFit, SolvesLinearModelsInOneIteration) {
+  const auto line = [](double x, const double* c, int32_t k) {
+    double sum = 0.0;
+    for (int32_t j = k; j-- > 0;) sum = sum * x + c[j];
+    return sum;
+  };
+  Trial t = {{0, 0, 0, 0}};
+  EXPECT_EQ(t.run(line, {1, -20, 3, 1e-3}, 30, 1), FATHOM_OK);
+  EXPECT_NEAR(t.c[1], -20, 1e-12);
+  EXPECT_NEAR(t.c[3], 1e-3, 1e-11);
+}
+
+TEST(NonLinearFit, FitsThroughAsManyPointsAsCoefficients) {
+  Trial t = {{1, 1, 1}};
+  EXPECT_EQ(t.run(decay, {3, 2, -1}, 3, 100), FATHOM_OK);
+  EXPECT_NEAR(t.c[1], 2, 1e-10);
+  EXPECT_LT(t.error, 1e-28);
+}
+
+TEST(NonLinearFit, StaysWhereTheModelIsFinite) {
+  // NaN beyond a wall that the first steps run into; the solution is just before it.
+  const auto walled = [](double x, const double* c, int32_t) {
+    return c[1] > 2.0005 ? kNan : c[1] < -50 ? kInf : std::exp(-c[1] * x) * c[0];
+  };
+  for (double start : {0.01, 1.9, 2.0004, -3.0}) {
+    Trial t = {{0.5, start}, 1e-3};
+    EXPECT_EQ(t.run(walled, {3, 2}, 40, 100), FATHOM_OK) << start;
+    EXPECT_NEAR(t.c[1], 2, 1e-3);
+  }
+  for (const Values& start : {Values{1, 3, 0}, Values{kNan, 1, 0}, Values{kInf, 1, 0}}) {
+    Trial t = {start};
+    EXPECT_EQ(t.run(walled, {3, 2, 0}, 5, 100), FATHOM_ERR_ITERATIONS);
+    EXPECT_TRUE(SameBits(t.c, start) && SameBits(t.fitted, Values(5)) && t.error == -1);
+  }
+}
+
+TEST(NonLinearFit, KeepsCoefficientsWithoutInfluence) {
+  const auto idle = [](double x, const double* c, int32_t) { return decay(x, c, 3) + 0 * c[3]; };
+  const auto needless = [](double x, const double* c, int32_t) { return std::exp(c[1] * x); };
+  Trial t = {{1, 1, 1, 7.25}, 1e-3}, u = {{-3, 0.1}};
+  EXPECT_EQ(t.run(idle, {3, 2, -1, 0}, 25, 100), FATHOM_OK);
+  EXPECT_NEAR(t.c[1], 2, 0.02);
+  EXPECT_EQ(t.c[3], 7.25);
+  EXPECT_EQ(u.run(needless, {0, 2}, 25, 100), FATHOM_OK);
+  EXPECT_NEAR(u.c[1], 2, 1e-12);
+  EXPECT_EQ(u.c[0], -3);
+}
+
+TEST(NonLinearFit, ChoosesStepsForCoefficientsOfAnySize) {
+  // A narrow line far out, one at zero, one from zero, and coefficients of very different units.
+  const auto peak = [](double x, const double* c, int32_t) {
+    const double u = (x - (c[1] - c[3])) / c[2];
+    return c[0] / (1 + u * u);
+  };
+  for (const double far : {0.0, 1e7, -3e-8}) {
+    for (const double unit : {1.0, 1e200, 1e-200}) {
+      const Values truth = {5 * unit, far + 0.45, 0.05, far};
+      Trial t = {{unit, far + 0.4, 0.1, far}, 0.01 * unit};
+      EXPECT_EQ(t.run(peak, truth, 50, 100), FATHOM_OK) << far << unit;
+      EXPECT_NEAR(t.c[1] - t.c[3], 0.45, 1e-3) << far << unit;
+      EXPECT_NEAR(t.c[2], 0.05, 1e-3) << far << unit;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace fathom::test
