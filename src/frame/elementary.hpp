@@ -60,9 +60,7 @@ inline double atan2(double y, double x) {
 double exp(double x);
 double log(double x);
 double log10(double x);
-inline double pow(double x, double y) {
-  return std::pow(x, y);
-}
+double pow(double x, double y);
 
 // Both at once, with the bits of sin and cos.
 void sincos(double x, double& s, double& c);
@@ -74,6 +72,8 @@ void tan(const double* x, std::size_t n, double* t);
 void exp(const double* x, std::size_t n, double* e);
 void log(const double* x, std::size_t n, double* l);
 void log10(const double* x, std::size_t n, double* l);
+void pow(const double* x, const double* y, std::size_t n, double* p);
+void pow(const double* x, double y, std::size_t n, double* p);
 void sincos(const double* x, std::size_t n, double* s, double* c);
 
 }  // namespace fathom

@@ -215,7 +215,7 @@ inline const std::vector<Elementary>& elementaryFunctions() {
       FATHOM_ONE(log, FATHOM_DOOR(log(x)), drawLogarithm, {}),
       FATHOM_ONE(log10, FATHOM_DOOR(log10(x)), drawLogarithm, {{0x1.e12d66744ff81p+429, 0}}),
       FATHOM_TWO(atan2, FATHOM_DOOR(atan2(x, y)), drawPoint, {}),
-      FATHOM_TWO(pow, nullptr, drawPower, {}),
+      FATHOM_TWO(pow, FATHOM_DOOR(pow(x, y)), drawPower, {}),
   };
   return functions;
 }
