@@ -175,7 +175,7 @@ TEST(LeastSquares, ResidualsAreOrthogonalAndTheCovarianceIsTheInverse) {
                                                                              {33, 8},
                                                                              {513, 2},
                                                                              {700, 13},
-                                                                             {250, 60}}) {
+                                                                             {90, 40}}) {
     for (int32_t algorithm = 0; algorithm < kAlgorithms; ++algorithm) {
       for (const bool known : {false, true}) {
         SCOPED_TRACE(std::to_string(n) + " x " + std::to_string(k) + " algorithm " +
