@@ -9,7 +9,7 @@ Each table is one function here, which returns the text of its header; HEADERS n
 import pathlib
 import sys
 
-from mpmath import floor, log, mp, mpf, pi, sin, workprec
+from mpmath import (atan, chebyfit, exp, floor, log, mp, mpf, nint, pi, polyval, sin, workprec)
 
 DIRECTORY = pathlib.Path(__file__).resolve().parent.parent / "src" / "elementary"
 mp.prec = 4000
@@ -74,6 +74,109 @@ def row_array(name, about, rows):
     return f"{comment}inline constexpr double {name}{shape} = {{\n{lines}}};\n"
 
 
+def row_table(name, about, rows):
+    """An array of TableRow, one a line, below lines of comment."""
+    lines = "".join("    {" + ", ".join(map(hexadecimal, row)) + "},\n" for row in rows)
+    comment = "".join(f"// {line}\n" for line in about)
+    return f"{comment}inline constexpr TableRow {name}[{len(rows)}] = {{\n{lines}}};\n"
+
+
+def polynomial(f, radius, degree, weight):
+    """Coefficients in doubles of nearly the best polynomial for f on [-radius, radius], and the
+    greatest weight(x) |error|, sampled and rounded up."""
+    with workprec(200):
+        coefficients = [nearest(c, 53) for c in chebyfit(f, [-radius, radius], degree + 1)]
+        worst = mpf(0)
+        for i in range(-500, 501):
+            x = radius * (i + mpf(1) / 7) / 501
+            worst = max(worst, abs(weight(x) * (polyval(coefficients, x) - f(x))))
+        return coefficients[::-1], nearest(worst * 1.01, 12)
+
+
+def exponential_table():
+    rows = 256
+    step = log(2) / rows
+    leading = floor(step * mpf(2) ** 43) / mpf(2) ** 43
+    table = []
+    for j in range(rows):
+        power = mpf(2) ** (mpf(j) / rows)
+        short = nint(power * 2**24) / mpf(2) ** 24
+        table.append((short, log(power / short)))
+    # Arguments of the polynomial: half a step, and less than 2^-24 besides.
+    radius = step / 2 + mpf(2) ** -24
+    coefficients, error = polynomial(lambda r: (exp(r) - 1 - r) / r**2, radius, 3, lambda r: r**2)
+    body = "".join((
+        f"inline constexpr std::size_t kExponentialRows = {rows};\n",
+        "// ln 2 / 256 as a part of 35 bits and the rest, and its reciprocal.\n",
+        f"inline constexpr double kStep = {hexadecimal(leading)};\n",
+        f"inline constexpr double kStepRest = {hexadecimal(step - leading)};\n",
+        f"inline constexpr double kStepsPerUnit = {hexadecimal(1 / step)};\n",
+        double_array("kPolynomial", ("(exp(r) - 1 - r) / r^2 for |r| < ln 2 / 512 + 2^-24, ascending;",),
+                     coefficients),
+        "// and what it is off by at most, times r^2.\n",
+        f"inline constexpr double kPolynomialError = {hexadecimal(error)};\n",
+        row_table("kExponentialTable",
+                  ("T, the nearest multiple of 2^-24 to 2^(j/256), and ln(2^(j/256) / T).",), table)))
+    return header("exponential_table", ("Table and polynomial of exp and pow.",), body,
+                  '\n#include <cstddef>\n\n#include "elementary/table_rows.hpp"\n')
+
+
+def logarithm_cells():
+    """For cell j, of width 2^-8 in the mantissas c + f in [1, 2) that belong to m in [11/16, 11/8):
+    scale, r and c, such that r m - 1 = scale r f + (scale r c - 1) is small."""
+    for j in range(256):
+        c = 1 + mpf((j + 96) % 256) / 256
+        scale = mpf(1) / 2 if c >= 1.375 else mpf(1)
+        unit = 2**8 if scale < 1 else 2**9
+        r = nint(unit / (scale * (c + mpf(1) / 512))) / unit
+        if scale * c == 1 or scale * (c + mpf(1) / 256) == 1:
+            r = mpf(1)
+        yield scale, r, c
+
+
+def logarithm_table():
+    def leading(x):  # with integers up to 2^11, products and sums are exact
+        return nint(x * mpf(2) ** 42) / mpf(2) ** 42
+
+    reductions, logarithms, radius = [], [], mpf(0)
+    for scale, r, c in logarithm_cells():
+        reductions.append((scale * r, scale * r * c - 1))
+        logarithm = -log(r)
+        logarithms.append((leading(logarithm), logarithm - leading(logarithm)))
+        radius = max(radius, abs(scale * r * c - 1), abs(scale * r * (c + mpf(1) / 256) - 1))
+    assert radius < mpf(2) ** -8 + mpf(2) ** -60
+
+    def beyond(terms):
+        def f(z):  # the series: the closed form would cancel
+            return sum((-1) ** (k + 1) * z ** (k - terms) / k for k in range(terms, terms + 40))
+        return f
+
+    square, square_error = polynomial(beyond(2), radius, 5, lambda z: 1)
+    cube, cube_error = polynomial(beyond(3), radius, 5, lambda z: 1)
+    about = "(ln(1 + z) - z{}) / z^{} for |z| <= 2^-8, ascending;"
+    ln2 = log(2)
+    body = "".join((
+        "inline constexpr std::size_t kLogarithmCells = 256;\n",
+        "// ln 2 as a multiple of 2^-42 and the rest.\n",
+        f"inline constexpr double kLn2 = {hexadecimal(leading(ln2))};\n",
+        f"inline constexpr double kLn2Rest = {hexadecimal(ln2 - leading(ln2))};\n",
+        double_array("kInverseLn10", ("1 / ln 10 as a part of 26 bits and the rest,",),
+                     parts(1 / log(10), 26, 53)),
+        double_array("kInverseLn10Pair", ("and as two doubles.",), parts(1 / log(10), 53, 53)),
+        double_array("kFromSquare", (about.format("", 2),), square),
+        "// and what it is off by at most.\n",
+        f"inline constexpr double kFromSquareError = {hexadecimal(square_error)};\n",
+        double_array("kFromCube", (about.format(" + z^2 / 2", 3),), cube),
+        "// and what it is off by at most.\n",
+        f"inline constexpr double kFromCubeError = {hexadecimal(cube_error)};\n",
+        row_table("kReductionTable",
+                  ("r and t of 9 bits each, such that z = r f + t; see logarithm_reduction.hpp.",),
+                  reductions),
+        row_table("kLogarithmTable", ("-ln r, as a multiple of 2^-42 and the rest.",), logarithms)))
+    return header("logarithm_table", ("Tables and polynomials of log, log10 and pow.",), body,
+                  '\n#include <cstddef>\n\n#include "elementary/table_rows.hpp"\n')
+
+
 def trigonometric_table():
     step = pi / 256
     body = "".join((
@@ -86,6 +189,12 @@ def trigonometric_table():
                   ("sin(j pi / 256) for j = 0 ... 128 as a part of 26 bits and one of 53.",),
                   [parts(sin(j * step) if j < 128 else mpf(1), 26, 53) for j in range(129)])))
     return header("trigonometric_table", ("Tables of sin, cos and tan.",), body)
+
+
+def inverse_trigonometric_table():
+    body = row_array("kArctangent", ("atan(j / 256) for j = 0 ... 256 as a sum.",),
+                     [parts(atan(mpf(j) / 256), 53, 53) for j in range(257)])
+    return header("inverse_trigonometric_table", ("Table of atan, atan2 and acos.",), body)
 
 
 # Numbers of several limbs
@@ -113,6 +222,9 @@ def wide_constants():
 
 
 HEADERS = {
+    "exponential_table.hpp": exponential_table,
+    "logarithm_table.hpp": logarithm_table,
+    "inverse_trigonometric_table.hpp": inverse_trigonometric_table,
     "trigonometric_table.hpp": trigonometric_table,
     "wide_constants.hpp": wide_constants,
 }

@@ -50,10 +50,10 @@ FATHOM_INLINE Complex quotient(Complex a, Complex b, double m) {
           (rounded(a.imaginary * b.real) - rounded(a.real * b.imaginary)) / m};
 }
 
-// Both are 0 where each part is zero or NaN.
-inline Polar polar(Complex a) {
+// With the angle atan2(im, re); but both are 0 where each part is zero or NaN.
+FATHOM_INLINE Polar polar(Complex a, double angle) {
   if (!isNonzero(a.real) && !isNonzero(a.imaginary)) return {0.0, 0.0};
-  return {sqrt(squaredModulus(a)), atan2(a.imaginary, a.real)};
+  return {sqrt(squaredModulus(a)), angle};
 }
 
 inline Complex rectangular(Polar p) {

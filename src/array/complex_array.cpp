@@ -45,6 +45,17 @@ FATHOM_MULTIVERSION void evaluateLine(Operand a, std::size_t n, Complex b, Compl
   forEach(n, y, [=](std::size_t i) { return a[i] * b + c; });
 }
 
+// The results may overwrite the magnitudes.
+FATHOM_MULTIVERSION void scaleParts(const double* magnitude, const double* cosine,
+                                    const double* sine, std::size_t n, double* re, double* im) {
+  FATHOM_INDEPENDENT
+  for (std::size_t i = 0; i < n; ++i) {
+    const double m = magnitude[i];
+    re[i] = cosine[i] * m;
+    im[i] = sine[i] * m;
+  }
+}
+
 // Divides up to the first element whose divisor has no squared modulus to divide by; returns its
 // index, or n. All divisors of a block are known to be fit before its first quotient is written.
 FATHOM_MULTIVERSION std::size_t divideChecked(Operand a, Operand b, std::size_t n, Result y) {
@@ -113,10 +124,16 @@ AnalysisStatus CxLinEv1D(const double* ar, const double* ai, int32_t n, double b
 AnalysisStatus ToPolar1D(const double* re, const double* im, int32_t n, double* magnitude,
                          double* phase) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
-  for (int32_t i = 0; i < n; ++i) {
-    const fathom::Polar p = fathom::polar({re[i], im[i]});
-    magnitude[i] = p.magnitude;
-    phase[i] = p.phase;
+  const auto size = static_cast<std::size_t>(n);
+  double angle[fathom::kBlock];
+  for (std::size_t start = 0; start < size; start += fathom::kBlock) {
+    const std::size_t count = std::min(fathom::kBlock, size - start);
+    fathom::atan2(im + start, re + start, count, angle);
+    for (std::size_t i = start; i < start + count; ++i) {
+      const fathom::Polar p = fathom::polar({re[i], im[i]}, angle[i - start]);
+      magnitude[i] = p.magnitude;
+      phase[i] = p.phase;
+    }
   }
   return FATHOM_OK;
 }
@@ -124,10 +141,12 @@ AnalysisStatus ToPolar1D(const double* re, const double* im, int32_t n, double* 
 AnalysisStatus ToRect1D(const double* magnitude, const double* phase, int32_t n, double* re,
                         double* im) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
-  for (int32_t i = 0; i < n; ++i) {
-    const Complex z = fathom::rectangular({magnitude[i], phase[i]});
-    re[i] = z.real;
-    im[i] = z.imaginary;
+  const auto size = static_cast<std::size_t>(n);
+  double sine[fathom::kBlock], cosine[fathom::kBlock];
+  for (std::size_t start = 0; start < size; start += fathom::kBlock) {
+    const std::size_t count = std::min(fathom::kBlock, size - start);
+    fathom::sincos(phase + start, count, sine, cosine);
+    scaleParts(magnitude + start, cosine, sine, count, re + start, im + start);
   }
   return FATHOM_OK;
 }

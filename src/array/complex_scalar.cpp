@@ -77,7 +77,7 @@ AnalysisStatus CxPow(double ar, double ai, double p, double* re, double* im) {
 }
 
 AnalysisStatus ToPolar(double re, double im, double* magnitude, double* phase) {
-  const fathom::Polar a = fathom::polar({re, im});
+  const fathom::Polar a = fathom::polar({re, im}, fathom::atan2(im, re));
   *magnitude = a.magnitude;
   *phase = a.phase;
   return FATHOM_OK;

@@ -54,9 +54,9 @@ inline bool isNan(double x) {
 double sin(double x);
 double cos(double x);
 double tan(double x);
-inline double atan2(double y, double x) {
-  return std::atan2(y, x);
-}
+double atan(double x);
+double atan2(double y, double x);
+double acos(double x);
 double exp(double x);
 double log(double x);
 double log10(double x);
@@ -66,6 +66,7 @@ double pow(double x, double y);
 void sincos(double x, double& s, double& c);
 
 // One value after another over an array; results may overwrite the arguments.
+void atan2(const double* y, const double* x, std::size_t n, double* angle);
 void sin(const double* x, std::size_t n, double* s);
 void cos(const double* x, std::size_t n, double* c);
 void tan(const double* x, std::size_t n, double* t);

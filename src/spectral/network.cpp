@@ -150,17 +150,18 @@ AnalysisStatus NetworkFunctions(const double* stimulus, const double* response, 
   frequencyResponse(sums, size, impulse, h);
   for (std::size_t k = 0; k < half; ++k) {
     magnitude[k] = fathom::sqrt(impulse[k] * impulse[k] + h[k] * h[k]);
-    phase[k] = fathom::atan2(h[k], impulse[k]);
   }
+  fathom::atan2(h, impulse, half, phase);
   InvFFT(impulse, h, n);
   const double oneFrame = 1.0 / frames;
-  for (std::size_t k = 0; k < std::max<std::size_t>(half, 1); ++k) {
+  const std::size_t bins = std::max<std::size_t>(half, 1);
+  for (std::size_t k = 0; k < bins; ++k) {
     const double square = sums.re[k] * sums.re[k] + sums.im[k] * sums.im[k];
     const double factor = k == 0 ? oneFrame : 2.0 * oneFrame;  // the negative frequency's half
     crossMagnitude[k] = factor * fathom::sqrt(square);
-    crossPhase[k] = fathom::atan2(sums.im[k], sums.re[k]);
     coherence[k] = square / (sums.stimulus[k] * sums.response[k]);
   }
+  fathom::atan2(sums.im, sums.re, bins, crossPhase);
   *df = 1.0 / (n * dt);
   return FATHOM_OK;
 }

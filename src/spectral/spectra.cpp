@@ -112,7 +112,13 @@ void packedMagnitudes(const double* packed, int32_t n, double factor, double div
 
 void packedPhases(const double* packed, int32_t n, double* phase) {
   const auto size = static_cast<std::size_t>(n);
-  for (std::size_t k = 1; k < size / 2; ++k) phase[k] = atan2(packed[size - k], packed[k]);
+  constexpr std::size_t kBlock = 128;
+  double imaginary[kBlock];  // stored from the end down
+  for (std::size_t k = 1; k < size / 2; k += kBlock) {
+    const std::size_t count = std::min(kBlock, size / 2 - k);
+    std::reverse_copy(packed + size - k - count + 1, packed + size - k + 1, imaginary);
+    atan2(imaginary, packed + k, count, phase + k);
+  }
 }
 
 }  // namespace fathom

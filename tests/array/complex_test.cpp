@@ -95,7 +95,7 @@ C plain(char operation, double a, double b, double c, double d) {
   if (operation == 'l') return {(a * 0.7 - b * -1.9) + -0.3, (a * -1.9 + b * 0.7) + 1e3};
   if (operation == 'r') return {std::cos(b) * a, std::sin(b) * a};
   if ((std::isnan(a) || a == 0.0) && (std::isnan(b) || b == 0.0)) return 0.0;
-  return {std::sqrt(a * a + b * b), std::atan2(b, a)};
+  return {std::sqrt(a * a + b * b), fathom::atan2(b, a)};
 }
 
 AnalysisStatus call(char operation, Guarded (&x)[6], int32_t n, double* y, double* z) {

@@ -1,3 +1,4 @@
+#include "frame/elementary.hpp"
 #include "spectral/packed_real.hpp"
 #include "support/testing.hpp"
 
@@ -42,7 +43,7 @@ TEST(Network, OneRecordGivesTheSystem) {
     for (std::size_t k = 0; k < bins; ++k) {
       const double im = k == 0 ? 0.0 : h[size - k];
       ASSERT_TRUE(SameBits(magnitude[k], std::sqrt(h[k] * h[k] + im * im))) << n << ' ' << k;
-      ASSERT_TRUE(SameBits(phase[k], std::atan2(im, h[k]))) << n << ' ' << k;
+      ASSERT_TRUE(SameBits(phase[k], fathom::atan2(im, h[k]))) << n << ' ' << k;
     }
     PackedRealInvFFT(h.data(), n, Log2Size(n));
     ASSERT_TRUE(SameBits(impulse.values(), h) && SameBits(inPlace.values(), h)) << n;
@@ -89,8 +90,8 @@ TEST(Network, AveragesKeepTheBitsOfTheSpectra) {
         const double square = re[k] * re[k] + im[k] * im[k];
         const double sides = k == 0 ? 1.0 : 2.0;
         const double expected[] = {sides * (1.0 / frames) * std::sqrt(square),
-                                   std::atan2(im[k], re[k]), square / (px[k] * py[k]),
-                                   std::sqrt(a[k] * a[k] + b[k] * b[k]), std::atan2(b[k], a[k])};
+                                   fathom::atan2(im[k], re[k]), square / (px[k] * py[k]),
+                                   std::sqrt(a[k] * a[k] + b[k] * b[k]), fathom::atan2(b[k], a[k])};
         for (std::size_t i = 0; i < 5 && k < network.spectra[i].size(); ++i) {
           ASSERT_TRUE(SameBits(network.spectra[i][k], expected[i]))
               << n << ' ' << frames << " bin " << k << " output " << i;

@@ -66,7 +66,7 @@ TEST(Spectra, KeepTheBitsOfThePackedTransform) {
       const double a = std::sqrt(sides) * std::sqrt(xr * xr + xi * xi) / n;
       const double m = sides * std::sqrt(cr * cr + ci * ci);
       ASSERT_TRUE(SameBits({amplitude[k], phase[k], magnitude[k], crossPhase[k]},
-                           Values{a, std::atan2(xi, xr), m, std::atan2(ci, cr)}))
+                           Values{a, fathom::atan2(xi, xr), m, fathom::atan2(ci, cr)}))
           << n << ' ' << k;
       if (k >= half) continue;
       ASSERT_TRUE(SameBits({power[k], inPlace[k]}, Values(2, p * sides))) << n << ' ' << k;
