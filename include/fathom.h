@@ -4265,8 +4265,8 @@ FATHOM_API AnalysisStatus PolyFit(const double* x, const double* y, int32_t n, i
  * @param[in] n number of points, at least k
  * @param[in] k number of coefficients, at least 1
  * @param[in] y n observations
- * @param[in] standardDeviations of the n observations, each above 0, in units of y; null if
- *            unknown, for equal weights
+ * @param[in] standardDeviations of the n observations, each above 0, in units of y, infinite for a
+ *            point that is to be left out; null if unknown, for equal weights
  * @param[in] algorithm a FathomLeastSquares
  * @param[out] fitted n values H c
  * @param[out] coefficients k values

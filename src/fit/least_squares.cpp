@@ -29,6 +29,9 @@ constexpr double kUnsolved = 0x1p-20;
 // The smallest element of a null vector that is divided by.
 constexpr double kLead = 0x1p-20;
 
+// The largest deviation, in units of the smallest: with more, a point counts no less.
+constexpr double kFar = 0x1p300;
+
 // The leading power of two of x > 0; 1 where there is none that serves as a scale.
 double scaleOf(double x) {
   if (!(x > 0.0) || !(x <= 0x1.fffffffffffffp1023)) return 1.0;
@@ -261,7 +264,8 @@ void LeastSquares::load(const double* h, const double* y, const double* deviatio
     double smallest = deviations[0];
     for (std::size_t i = 1; i < points_; ++i) smallest = std::min(smallest, deviations[i]);
     deviationUnit_ = scaleOf(smallest);
-    for (std::size_t i = 0; i < points_; ++i) deviations_[i] = deviations[i] / deviationUnit_;
+    for (std::size_t i = 0; i < points_; ++i)
+      deviations_[i] = std::min(deviations[i] / deviationUnit_, kFar);
   }
   std::fill_n(scale_, k_, 0.0);
   forBlocks(a_, false, [&](double* a, std::size_t first, std::size_t rows) {

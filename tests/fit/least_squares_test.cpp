@@ -206,6 +206,10 @@ TEST(LeastSquares, UnitsOnlyScaleTheResults) {
     for (std::size_t j = 0; j < plain.k; ++j) {
       EXPECT_EQ(scaled.c.data()[j], plain.c.data()[j] * 0x1p-420) << j;
     }
+    weighted.deviations[2] = kInf;  // the point is left out
+    weighted.y[2] = 1e9;
+    weighted.fit(algorithm);
+    EXPECT_NEAR(weighted.c.data()[6], 1825.2448, 1e-3);
   }
 }
 
