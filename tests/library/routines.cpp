@@ -51,6 +51,9 @@ constexpr Argument side() {
 constexpr Argument fixedCount(std::int32_t v, AnalysisStatus negative = FATHOM_ERR_NO_SAMPLES) {
   return {Role::kCount, static_cast<double>(v), INT32_MAX, negative, negative};
 }
+constexpr Argument model() {
+  return {Role::kFixed};
+}
 // A side of which zero is too few, but only a negative one no count.
 constexpr Argument categories() {
   return {Role::kCount, 0.0, 48, FATHOM_ERR_NO_SAMPLES, FATHOM_ERR_CATEGORIES};
@@ -549,6 +552,10 @@ const std::vector<Routine>& routines() {
                        4)),
       ROUTINE(GenLSFitCoef, in(), side(), fixedCount(3), in(), choice(FATHOM_LS_SINGULAR_VALUES),
               out()),
+      // fit/nonlinear
+      ROUTINE(NonLinearFit, in(), in(), count(), model(), inOut(), fixedCount(3), out(), out()),
+      ROUTINE(NonLinearFitWithMaxIters, in(), in(), count(), model(), inOut(), fixedCount(3),
+              choice(20), out(), out()),
       ROUTINE(PolyInterp, in(), in(), count(), real(0.3), out(), out()),
       ROUTINE(RatInterp, in(), in(), count(), real(0.3), out(), out()),
       ROUTINE(Spline, in(), in(), count(), real(1e30), real(0.5), out()),
@@ -557,6 +564,11 @@ const std::vector<Routine>& routines() {
       ROUTINE(CxPolyRoots, in(), side(), out()),
   };
   return table;
+}
+
+double resonance(double x, const double* c, std::int32_t) {
+  const double u = (x - c[1]) * (1.0 + c[2] * c[2]);
+  return c[0] / (1.0 + u * u);
 }
 
 Slots prepare(const Routine& r, std::int32_t size, std::uint64_t seed) {

@@ -37,6 +37,9 @@ struct Argument {
   AnalysisStatus zero = FATHOM_ERR_NO_SAMPLES;      // status of a zero count
 };
 
+// What the nonlinear fits are given to fit, of three coefficients.
+double resonance(double x, const double* c, std::int32_t k);
+
 // An argument's storage for one call: arrays between guard cells, scalars by value.
 struct Slot {
   static constexpr std::size_t kGuard = 4;
@@ -63,6 +66,8 @@ struct Slot {
       return reinterpret_cast<WindowProperties*>(reals.data() + kGuard);
     } else if constexpr (std::is_same_v<P, ComplexNum*> || std::is_same_v<P, const ComplexNum*>) {
       return reinterpret_cast<P>(reals.data() + kGuard);
+    } else if constexpr (std::is_same_v<P, FathomModel>) {
+      return resonance;
     } else {
       static_assert(std::is_same_v<P, double*> || std::is_same_v<P, const double*>);
       return reals.data() + kGuard;
