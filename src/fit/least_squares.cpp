@@ -335,11 +335,13 @@ AnalysisStatus LeastSquares::refine() {
     for (std::size_t j = 0; j < k_; ++j) x_[j] += dx_[j];
     addAll(residual_, residualLow_, f_, rows_);
     if (pass == 0) continue;
-    // The next correction would be about the square of this one.
+    // The next correction would be smaller by the rate of the last two, of which the first is
+    // guessed, with room to spare, from the first correction alone.
+    const double rate = pass == 1 ? 0x1p10 * correction : correction / before;
     double smallest = largest;
     for (std::size_t j = 0; j < k_; ++j) smallest = std::min(smallest, fabs(x_[j]));
     smallest = std::max(smallest, 0x1p-30 * largest);
-    if (correction * correction * largest <= 0x1p-55 * smallest) break;
+    if (rate * correction * largest <= 0x1p-55 * smallest) break;
     before = correction;
   }
   return FATHOM_OK;
