@@ -3,24 +3,21 @@
  * distortion plus noise (THD+N) of a tone in a recording, in a column of numbers, or in a signal
  * that it makes itself. All numerics are routines of fathom.h.
  */
-#define _GNU_SOURCE /* NOLINT(bugprone-reserved-identifier): getline, getopt_long, popen, M_PI */
+#define _GNU_SOURCE /* NOLINT(bugprone-reserved-identifier): getline, getopt_long, M_PI */
 
 #include <ctype.h>
 #include <errno.h>
 #include <getopt.h>
 #include <math.h>
-#include <signal.h>
 #include <sndfile.h>
 #include <stdarg.h>
 #include <stdbool.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <strings.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
 
 #include "fathom.h"
+#include "plot.h"
 
 enum {
   kSmallestBlock = 1024,
@@ -198,15 +195,9 @@ static bool parseWindow(const char* name, const Window** window) {
                   kWindows[0].name, kWindows[1].name);
 }
 
-static bool endsWith(const char* text, const char* ending) {
-  const size_t length = strlen(text);
-  return length > strlen(ending) && strcasecmp(text + length - strlen(ending), ending) == 0;
-}
-
 static bool parsePlot(const char* file, const char** plot) {
   *plot = file;
-  return endsWith(file, ".png") || endsWith(file, ".svg") ||
-         complain("--plot '%s': the name must end in .png or .svg", file);
+  return isPlotName(file) || complain("--plot '%s': the name must end in .png or .svg", file);
 }
 
 static bool parseOptions(int argc, char** argv, Options* options, bool* help) {
@@ -726,20 +717,6 @@ static void printReport(const Options* options, const Signal* signal, const Meas
   putchar('\n');
 }
 
-/* In a quoted text of gnuplot, nothing but plain characters is safe; the rest goes as octal. */
-static void putQuoted(const char* text, FILE* gnuplot) {
-  fputc('"', gnuplot);
-  for (; *text != '\0'; ++text) {
-    const unsigned char c = (unsigned char)*text;
-    if (c < ' ' || strchr("\"\\`$", c)) {
-      fprintf(gnuplot, "\\%03o", c);
-    } else {
-      fputc(c, gnuplot);
-    }
-  }
-  fputc('"', gnuplot);
-}
-
 /*
  * About two thousand columns, each drawn from the largest to the smallest of its bins (MaxMin1D),
  * in their order: no peak is lost, and the file stays small whatever the block.
@@ -767,13 +744,7 @@ static void putPlot(const Options* options, const Signal* signal, const Measurem
   const double nyquist = signal->rate / 2.0;
   const double noise = median > 0.0 ? decibels(median) : options->window->floor;
   const double lowest = fmax(20.0 * floor(noise / 20.0 - 1.0), -160.0);
-  const bool png = endsWith(options->plot, ".png");
   char text[1024];
-
-  fprintf(gnuplot,
-          "set encoding utf8\nset terminal %s size 1200,700 %s font 'DejaVu Sans,%d'\nset output ",
-          png ? "pngcairo" : "svg", png ? "" : "background 'white'", png ? 12 : 15);
-  putQuoted(options->plot, gnuplot);
   int shown = 70; /* of the title, in bytes, and no part of a character */
   if (strlen(signal->title) > 70) {
     while (shown > 0 && ((unsigned char)signal->title[shown] & 0xC0) == 0x80) --shown;
@@ -786,13 +757,13 @@ static void putPlot(const Options* options, const Signal* signal, const Measurem
   }
   snprintf(text + length, sizeof text - (size_t)length, ", THD+N %s%.4g %%",
            m->distortionPlusNoise.below ? "< " : "", 100.0 * sqrt(m->distortionPlusNoise.power));
-  fputs("\nset title noenhanced ", gnuplot);
+  fputs("set title noenhanced ", gnuplot);
   putQuoted(text, gnuplot);
   fprintf(gnuplot,
           "\nset xlabel 'Frequency (Hz)'\n"
           "set ylabel 'Level relative to the fundamental (dB)'\n"
-          "set xrange [0:%.10g]\nset yrange [%.0f:15]\nset ytics 20\nset grid lt 1 lc '#dddddd'\n"
-          "set tics out nomirror\nset rmargin 5\nset key top right\n$spectrum << end\n",
+          "set xrange [0:%.10g]\nset yrange [%.0f:15]\nset ytics 20\n"
+          "set rmargin 5\nset key top right\n$spectrum << end\n",
           nyquist, lowest);
   putSpectrum(m, lowest, gnuplot);
   fputs("end\n$harmonics << end\n", gnuplot);
@@ -810,31 +781,16 @@ static void putPlot(const Options* options, const Signal* signal, const Measurem
   if (fundamental > 0.015 * nyquist) {
     fputs(", $harmonics using 1:2:3 with labels offset 0,0.9 textcolor '#cc3311' notitle", gnuplot);
   }
-  fputs("\nset output\n", gnuplot);
 }
 
 static bool drawPlot(const Options* options, const Signal* input, const Measurement* m) {
   double median;
   if (!check(Median(m->power, m->bins, &median), "Median")) return false;
-  FILE* file = fopen(options->plot, "wb");
-  if (!file) return complain("%s: cannot write the plot: %s", options->plot, strerror(errno));
-  fclose(file);
-  signal(SIGPIPE, SIG_IGN); /* gnuplot may end before it has read everything */
-  fflush(stdout);
-  FILE* gnuplot = popen("gnuplot 2>/dev/null", "w");
-  if (!gnuplot) return complain("cannot start gnuplot: %s", strerror(errno));
-  putPlot(options, input, m, median, gnuplot);
-  const int status = pclose(gnuplot);
-  struct stat written;
-  if (status != 0 || stat(options->plot, &written) != 0 ||
-      (S_ISREG(written.st_mode) && written.st_size == 0)) {
-    remove(options->plot);
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 127) {
-      return complain("%s: cannot draw the plot: gnuplot is not installed", options->plot);
-    }
-    return complain("%s: cannot draw the plot: gnuplot failed", options->plot);
-  }
-  return true;
+  char trouble[kTroubleSize];
+  FILE* gnuplot = openPlot(options->plot, 1200, 700, trouble);
+  if (gnuplot) putPlot(options, input, m, median, gnuplot);
+  if (gnuplot && closePlot(gnuplot, options->plot, trouble)) return true;
+  return complain("%s: %s", options->plot, trouble);
 }
 
 int main(int argc, char** argv) {

@@ -8,7 +8,7 @@
  *
  * docs/equiripple.png is made by: fir --plot docs/equiripple.png
  */
-#define _GNU_SOURCE /* NOLINT(bugprone-reserved-identifier): popen, M_PI */
+#define _GNU_SOURCE /* NOLINT(bugprone-reserved-identifier): M_PI */
 
 #include <math.h>
 #include <stdio.h>
@@ -16,6 +16,7 @@
 #include <string.h>
 
 #include "fathom.h"
+#include "plot.h"
 
 enum { kMostBands = 5, kMostCoefficients = 55, kPoints = 2000, kDesigns = 3 };
 
@@ -32,7 +33,7 @@ typedef struct Design {
 
 static const Design kTable[kDesigns] = {
     {"five bands",
-     "at graph 0.6, graph 0.97",
+     "center top horizontal",
      FATHOM_FIR_MULTIBAND,
      55,
      5,
@@ -91,10 +92,7 @@ static AnalysisStatus putDesign(const Design* design, double* deviation, FILE* o
   return FATHOM_OK;
 }
 
-static AnalysisStatus putPlot(const char* file, FILE* gnuplot) {
-  const char* end = strrchr(file, '.');
-  fprintf(gnuplot, "set terminal %s size 1200,1000 font 'DejaVu Sans,11'\nset output '%s'\n",
-          end != NULL && strcmp(end, ".svg") == 0 ? "svg background 'white'" : "pngcairo", file);
+static AnalysisStatus putPlot(FILE* gnuplot) {
   double deviation[kDesigns];
   for (int i = 0; i < kDesigns; ++i) {
     fprintf(gnuplot, "$data%d << end\n", i);
@@ -103,8 +101,7 @@ static AnalysisStatus putPlot(const char* file, FILE* gnuplot) {
     fputs("end\n", gnuplot);
   }
   fputs(
-      "set multiplot layout 3,2\nset grid lt 1 lc '#dddddd'\n"
-      "set tics out nomirror\nset xrange [0:0.5]\n"
+      "set multiplot layout 3,2\nset xrange [0:0.5]\nset offsets 0,0,graph 0.2,0\n"
       "set xlabel 'Frequency / sampling frequency'\n",
       gnuplot);
   for (int i = 0; i < kDesigns; ++i) {
@@ -119,25 +116,23 @@ static AnalysisStatus putPlot(const char* file, FILE* gnuplot) {
             "$data%d using 1:3 with lines lw 1.5 lc '#1f4e8c' notitle\n",
             (int)kTable[i].n, kTable[i].title, kTable[i].key, i, i, deviation[i], i);
   }
+  fputs("unset multiplot\n", gnuplot);
   return FATHOM_OK;
 }
 
 int main(int argc, char** argv) {
   const int plot = argc == 3 && strcmp(argv[1], "--plot") == 0;
-  if (argc != 1 && !plot) {
-    fputs("usage: fir [--plot FILE]\n", stderr);
+  if (argc != 1 && !(plot && isPlotName(argv[2]))) {
+    fputs("usage: fir [--plot FILE], FILE.png or FILE.svg\n", stderr);
     return EXIT_FAILURE;
   }
   AnalysisStatus status = FATHOM_OK;
   if (plot) {
-    FILE* gnuplot = popen("gnuplot", "w"); /* NOLINT(cert-env33-c): found in the user's path */
-    if (gnuplot == NULL) {
-      perror("fir: gnuplot");
-      return EXIT_FAILURE;
-    }
-    status = putPlot(argv[2], gnuplot);
-    if (pclose(gnuplot) != 0) {
-      fputs("fir: gnuplot failed\n", stderr);
+    char trouble[kTroubleSize];
+    FILE* gnuplot = openPlot(argv[2], 1200, 1000, trouble);
+    if (gnuplot) status = putPlot(gnuplot);
+    if (!gnuplot || !closePlot(gnuplot, argv[2], trouble)) {
+      fprintf(stderr, "fir: %s: %s\n", argv[2], trouble);
       return EXIT_FAILURE;
     }
   } else {

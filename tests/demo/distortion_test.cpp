@@ -2,7 +2,6 @@
 // out.
 #include <gtest/gtest.h>
 #include <sndfile.h>
-#include <sys/wait.h>
 
 #include <algorithm>
 #include <cmath>
@@ -16,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "demo/program.hpp"
 #include "support/signals.hpp"
 
 namespace fathom {
@@ -24,48 +24,16 @@ namespace {
 constexpr int kSamples = 65536;
 constexpr double kRate = 48000.0;
 
-struct Outcome {
-  int status = -1;
-  std::string out, err;
-};
-
 // A printed quantity: dB, its noise uncertainty, and whether it is an upper bound.
 struct Reading {
   double frequency = 0.0, volts = 0.0, decibels = 0.0, uncertainty = 0.0;
   bool below = false;
 };
 
-class DistortionMeter : public testing::Test {
+class DistortionMeter : public Program {
  protected:
-  void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "fathom-demo-XXXXXX").string();
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    folder_ = pattern;
-  }
-  void TearDown() override { std::filesystem::remove_all(folder_); }
+  DistortionMeter() : Program(DISTORTION_PROGRAM) {}
 
-  std::string path(const std::string& name) const { return (folder_ / name).string(); }
-
-  std::string slurp(const std::string& file) const {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-  }
-
-  // `arguments` are the shell's: a file of the test's folder is written @name.
-  Outcome run(std::string arguments, const std::string& environment = "") const {
-    for (std::size_t at = 0; (at = arguments.find('@', at)) != std::string::npos;) {
-      arguments.replace(at, 1, folder_.string() + "/");
-    }
-    const std::string command = environment + " '" DISTORTION_PROGRAM "' " + arguments + " >" +
-                                path("stdout") + " 2>" + path("stderr");
-    const int status = std::system(command.c_str());  // NOLINT: the shell is the user's way in
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(path("stdout")),
-            slurp(path("stderr"))};
-  }
-
-  void writeString(const std::string& name, const std::string& text) const {
-    std::ofstream(path(name), std::ios::binary) << text;
-  }
   void writeText(const std::string& name, const std::vector<double>& x) const {
     std::ofstream file(path(name));
     file.precision(17);
@@ -113,9 +81,6 @@ class DistortionMeter : public testing::Test {
     }
     return readings;
   }
-
- private:
-  std::filesystem::path folder_;
 };
 
 // A tone of the given RMS level on a fractional bin, with harmonics given as ratios from the
@@ -316,13 +281,8 @@ TEST_F(DistortionMeter, DrawsPngAndSvg) {
 }
 
 TEST_F(DistortionMeter, HelpNamesEveryOption) {
-  const Outcome outcome = run("--help");
-  EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.err, "");
-  for (const char* option : {"--channel", "--rate", "--full-scale", "--block", "--window",
-                             "--harmonics", "--plot", "--help"}) {
-    EXPECT_NE(outcome.out.find(option), std::string::npos) << option;
-  }
+  expectHelp({"--channel", "--rate", "--full-scale", "--block", "--window", "--harmonics", "--plot",
+              "--help"});
 }
 
 TEST_F(DistortionMeter, RefusesBadInputInOneLine) {
@@ -348,11 +308,7 @@ TEST_F(DistortionMeter, RefusesBadInputInOneLine) {
   const std::string column = slurp(path("good.txt"));
   writeString("nul", "1.0\n2" + std::string(1, '\0') + "5\n" + column);
 
-  struct Case {
-    std::string arguments;
-    std::vector<std::string> facts;
-  };
-  std::vector<Case> cases = {
+  std::vector<Refusal> cases = {
       {"@missing.wav", {"missing.wav", "No such file"}},
       {"@missing.txt --rate 8000", {"missing.txt", "No such file"}},
       {"@.", {"audio"}},
@@ -388,7 +344,7 @@ TEST_F(DistortionMeter, RefusesBadInputInOneLine) {
   };
   for (const std::string bad : {"1.5 2.5", "volts", "1,5", "nan", "-inf", "1e999", "0x", "1\x01"}) {
     writeString("line-" + bad, "# header\n" + column + bad + "\n");
-    cases.push_back({"'@line-" + bad + "' --rate 8000",
+    cases.push_back({std::string("'@line-").append(bad).append("' --rate 8000"),
                      {"line 4098", bad == "1\x01" ? std::string("1?") : bad}});
   }
   const std::vector<std::string> values[] = {{"--rate", "0", "-5", "nan", "1e999", "fast", ""},
@@ -401,16 +357,7 @@ TEST_F(DistortionMeter, RefusesBadInputInOneLine) {
       cases.push_back({"@good.txt " + option[0] + " '" + option[i] + "'", {option[0], option[i]}});
     }
   }
-  for (const Case& c : cases) {
-    const Outcome outcome = run(c.arguments);
-    SCOPED_TRACE(c.arguments + " -> " + outcome.err);
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.err.rfind("distortion: ", 0), 0U);
-    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1);
-    for (const std::string& fact : c.facts) {
-      EXPECT_NE(outcome.err.find(fact), std::string::npos) << fact;
-    }
-  }
+  expectRefusals(cases);
   const Outcome outcome = run("--plot @own.png", "PATH=/nonexistent");
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
