@@ -20,6 +20,10 @@ template <typename Element>
 inline constexpr bool kIsComplex = std::is_same_v<Element, ComplexNum>;
 static_assert(sizeof(ComplexNum) == 2 * sizeof(double));
 
+// The doubles of an element.
+template <typename Element>
+inline constexpr std::size_t kPartsOf = sizeof(Element) / sizeof(double);
+
 // The element of a real value; Element{} is zero.
 template <typename Element>
 constexpr Element element(double real) {

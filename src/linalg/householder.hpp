@@ -70,6 +70,21 @@ Reflector<Element> reflector(Element& pivot, Element* rest, std::size_t n) {
   return {divide(-difference, beta), beta * largest};
 }
 
+// A(k, j) = A(k, j) + f[j] y[k] where there is f, then sums[j] = sums[j] + x[k] A(k, j) where there
+// is x, in ascending k: all columns side by side in one walk over the rows.
+void walkRows(MatrixBlock<double> a, const double* y, const double* f, const double* x,
+              double* sums);
+void walkRows(MatrixBlock<ComplexNum> a, const ComplexNum* y, const ComplexNum* f,
+              const ComplexNum* x, ComplexNum* sums);
+
+// To each row: A(k, j) = A(k, j) + f[j] v[k] where there is f, then A(k, j) = A(k, j) + s t[j]
+// where there is r, for the sum s of A(k, j) conj(r[j]) in ascending j. `first` gets the first
+// column of the result.
+void reflectBoth(MatrixBlock<double> a, const double* v, const double* f, const double* r,
+                 const double* t, double* first);
+void reflectBoth(MatrixBlock<ComplexNum> a, const ComplexNum* v, const ComplexNum* f,
+                 const ComplexNum* r, const ComplexNum* t, ComplexNum* first);
+
 // A = A - tau v (v^H A). `sums` has room for a row of A.
 void reflectLeft(MatrixBlock<double> a, const double* v, double tau, double* sums);
 void reflectLeft(MatrixBlock<ComplexNum> a, const ComplexNum* v, ComplexNum tau, ComplexNum* sums);

@@ -22,149 +22,6 @@ namespace {
 constexpr double kNegligible = 1e-16;
 constexpr int kPasses = 30;
 
-template <typename Element>
-constexpr std::size_t partsOf = sizeof(Element) / sizeof(double);
-
-// sums[j] = x[0] A(0, j) + x[1] A(1, j) + ..., four rows in one walk over the sums.
-template <typename Element>
-FATHOM_INLINE void columnSumsOf(MatrixBlock<Element> a, const Element* x, Element* sums) {
-  const std::size_t columns = a.columns;
-  for (std::size_t j = 0; j < columns; ++j) sums[j] = Element{};
-  std::size_t k = 0;
-  for (; k + 4 <= a.rows; k += 4) {
-    const Element *a0 = a.row(k), *a1 = a.row(k + 1), *a2 = a.row(k + 2), *a3 = a.row(k + 3);
-    const Element x0 = x[k], x1 = x[k + 1], x2 = x[k + 2], x3 = x[k + 3];
-    FATHOM_INDEPENDENT
-    for (std::size_t j = 0; j < columns; ++j) {
-      sums[j] = (((sums[j] + x0 * a0[j]) + x1 * a1[j]) + x2 * a2[j]) + x3 * a3[j];
-    }
-  }
-  for (; k < a.rows; ++k) {
-    const Element* row = a.row(k);
-    const Element xk = x[k];
-    FATHOM_INDEPENDENT
-    for (std::size_t j = 0; j < columns; ++j) sums[j] = sums[j] + xk * row[j];
-  }
-}
-
-// A(k, j) = A(k, j) + f[j] y[k].
-template <typename Element>
-FATHOM_INLINE void addProductOf(MatrixBlock<Element> a, const Element* y, const Element* f) {
-  for (std::size_t k = 0; k < a.rows; ++k) {
-    Element* row = a.row(k);
-    const Element yk = y[k];
-    FATHOM_INDEPENDENT
-    for (std::size_t j = 0; j < a.columns; ++j) row[j] = row[j] + f[j] * yk;
-  }
-}
-
-// sums[k] = A(k, 0) conj(r[0]) + A(k, 1) conj(r[1]) + ... for `groups` vectors of rows: their lanes
-// are rows, for which squares of the matrix are transposed on the way.
-template <std::size_t bytes, std::size_t groups, typename Element>
-FATHOM_INLINE void rowSumsOf(MatrixBlock<Element> a, const Element* r, Element* sums) {
-  constexpr std::size_t kLanes = kLanesOf<bytes>, kParts = partsOf<Element>;
-  const std::size_t stride = a.stride * kParts, length = a.columns * kParts;
-  const double* first = reinterpret_cast<const double*>(a.first);
-  const double* factors = reinterpret_cast<const double*>(r);
-  Lanes<bytes> sum[groups][kParts] = {};
-  double square[groups][kLanes * kLanes] = {};
-  std::size_t j = 0;
-  const auto take = [&](std::size_t count) __attribute__((always_inline)) {
-    FATHOM_UNROLL
-    for (std::size_t k = 0; k < count; k += kParts) {
-      FATHOM_UNROLL
-      for (std::size_t g = 0; g < groups; ++g) {
-        Lanes<bytes> x[kParts];
-        FATHOM_UNROLL
-        for (std::size_t p = 0; p < kParts; ++p) load(x[p], square[g] + (k + p) * kLanes);
-        if constexpr (kParts == 1) {
-          sum[g][0] = sum[g][0] + x[0] * factors[j + k];
-        } else {
-          const double re = factors[j + k], im = factors[j + k + 1];
-          sum[g][0] = sum[g][0] + (x[0] * re + x[1] * im);
-          sum[g][1] = sum[g][1] + (x[1] * re - x[0] * im);
-        }
-      }
-    }
-  };
-  for (; j + kLanes <= length; j += kLanes) {
-    FATHOM_UNROLL
-    for (std::size_t g = 0; g < groups; ++g) {
-      transposeSquare<bytes, 1>(first + g * kLanes * stride + j, stride, square[g], kLanes);
-    }
-    take(kLanes);
-  }
-  for (std::size_t g = 0; g < groups; ++g) {
-    for (std::size_t k = 0; k < length - j; ++k) {
-      for (std::size_t i = 0; i < kLanes; ++i) {
-        square[g][k * kLanes + i] = first[(g * kLanes + i) * stride + j + k];
-      }
-    }
-  }
-  take(length - j);
-  for (std::size_t g = 0; g < groups; ++g) {
-    for (std::size_t i = 0; i < kLanes; ++i) {
-      for (std::size_t p = 0; p < kParts; ++p) {
-        reinterpret_cast<double*>(sums)[(g * kLanes + i) * kParts + p] = sum[g][p][i];
-      }
-    }
-  }
-}
-
-template <typename Element>
-FATHOM_INLINE Element rowSum(const Element* a, const Element* r, std::size_t n) {
-  Element sum = {};
-  for (std::size_t j = 0; j < n; ++j) sum = sum + a[j] * conjugate(r[j]);
-  return sum;
-}
-
-// To each row in turn: the column reflection's f[j] v[k] is added where there is one, then the row
-// reflection's sum of A(k, j) conj(r[j]) times t[j].
-template <std::size_t bytes, typename Element>
-FATHOM_INLINE void reflectOf(MatrixBlock<Element> a, const Element* v, const Element* f,
-                             const Element* r, const Element* t) {
-  constexpr std::size_t kLanes = kLanesOf<bytes>, kRows = 2 * kLanes;
-  for (std::size_t k = 0; k < a.rows; k += kRows) {
-    const MatrixBlock<Element> rows = {a.row(k), a.stride, std::min(kRows, a.rows - k), a.columns};
-    if (f != nullptr) addProductOf(rows, v + k, f);
-    if (r == nullptr) continue;
-    Element sums[kRows];
-    std::size_t i = 0;
-    if (rows.rows == kRows) {
-      rowSumsOf<bytes, 2>(rows, r, sums);
-      i = kRows;
-    } else if (rows.rows >= kLanes) {
-      rowSumsOf<bytes, 1>(rows, r, sums);
-      i = kLanes;
-    }
-    for (; i < rows.rows; ++i) sums[i] = rowSum(rows.row(i), r, rows.columns);
-    addProductOf(rows, sums, t);
-  }
-}
-
-FATHOM_MULTIVERSION void columnSums(MatrixBlock<double> a, const double* x, double* sums) {
-  columnSumsOf(a, x, sums);
-}
-FATHOM_MULTIVERSION void columnSums(MatrixBlock<ComplexNum> a, const ComplexNum* x,
-                                    ComplexNum* sums) {
-  columnSumsOf(a, x, sums);
-}
-FATHOM_MULTIVERSION void addProduct(MatrixBlock<double> a, const double* y, const double* f) {
-  addProductOf(a, y, f);
-}
-FATHOM_MULTIVERSION void addProduct(MatrixBlock<ComplexNum> a, const ComplexNum* y,
-                                    const ComplexNum* f) {
-  addProductOf(a, y, f);
-}
-FATHOM_BY_WIDTH(reflect,
-                (MatrixBlock<double> a, const double* v, const double* f, const double* r,
-                 const double* t),
-                (a, v, f, r, t))
-FATHOM_BY_WIDTH(reflect,
-                (MatrixBlock<ComplexNum> a, const ComplexNum* v, const ComplexNum* f,
-                 const ComplexNum* r, const ComplexNum* t),
-                (a, v, f, r, t))
-
 // The reflection that turns x, n values, to a multiple of its first unit vector: I + v v* / h,
 // whose v replaces x / scale. The multiple, scale g, is real, and so is what follows the
 // reflections.
@@ -191,92 +48,136 @@ Reflection<Element> reflectionOf(Element* x, std::size_t n) {
   return {scale, g, scaled(first, g) - element<Element>(sum)};
 }
 
-// Reduces u to the diagonal s and superdiagonal e (from e[1]), leaving the vectors of the column
-// reflections in and below the diagonal and those of the row reflections right of it. Returns the
-// bound of the norm, NaN where any of s and e is. `f` has room for 2n elements, `column` for m.
+// The vectors and numbers that every decomposition works with, apart from the matrices.
 template <typename Element>
-double bidiagonalise(MatrixBlock<Element> u, double* s, double* e, Element* f, Element* column) {
+class Vectors {
+ public:
+  Vectors(std::size_t m, std::size_t n)
+      : columns_(n),
+        longer_(std::max(m, n)),
+        reals_(2 * n),
+        elements_(2 * n + 2 * std::max(m, n)) {}
+  explicit operator bool() const { return reals_ && elements_; }
+
+  double* values() { return reals_.data(); }
+  double* superdiagonal() { return values() + columns_; }
+  Element* row() { return elements_.data(); }
+  Element* otherRow() { return row() + columns_; }
+  Element* column() { return otherRow() + columns_; }
+  Element* otherColumn() { return column() + longer_; }
+
+ private:
+  std::size_t columns_, longer_;
+  Workspace<double> reals_;
+  Workspace<Element> elements_;
+};
+
+// Reduces u to the diagonal s and superdiagonal e (from e[1]). Where they are kept, the vectors of
+// the column reflections stay in and below the diagonal and those of the row reflections right of
+// it. Returns the bound of the norm, NaN where any of s and e is.
+template <typename Element>
+double bidiagonalise(MatrixBlock<Element> u, Vectors<Element>& work, bool keepsVectors) {
+  constexpr const Element* kNone = nullptr;
   const std::size_t m = u.rows, n = u.columns;
-  Element* t = f + n;
+  double *s = work.values(), *e = work.superdiagonal();
+  Element *f = work.row(), *t = work.otherRow(), *column = work.column(),
+          *next = work.otherColumn();
   double bound = 0.0;
   e[0] = 0.0;
+  for (std::size_t k = 0; k < m; ++k) column[k] = u.row(k)[0];
   for (std::size_t i = 0; i < n; ++i) {
     const std::size_t l = i + 1, rest = n - l;
-    for (std::size_t k = i; k < m; ++k) column[k] = u.row(k)[i];
     const Reflection<Element> left = reflectionOf(column + i, m - i);
+    const bool turnsColumn = left.scale != 0.0;
     s[i] = left.scale * left.g;
     const double sum = fabs(s[i]) + fabs(e[i]);
     if (sum > bound || isNan(sum)) bound = sum;
-    if (left.scale != 0.0 && rest > 0) {
-      for (std::size_t k = i; k < m; ++k) column[k] = conjugate(column[k]);
-      columnSums(u.from(i, l), column + i, f);
-      for (std::size_t k = i; k < m; ++k) column[k] = conjugate(column[k]);
+    if (turnsColumn && rest > 0) {
+      for (std::size_t k = i; k < m; ++k) next[k] = conjugate(column[k]);
+      std::fill_n(f, rest, Element{});
+      walkRows(u.from(i, l), kNone, kNone, next + i, f);
       for (std::size_t j = 0; j < rest; ++j) f[j] = divide(f[j], left.h);
-      addProduct({u.row(i) + l, u.stride, 1, rest}, column + i, f);
+      walkRows(MatrixBlock<Element>{u.row(i) + l, u.stride, 1, rest}, column + i, f, kNone,
+               nullptr);
     }
     if (rest > 0) {
       Element* r = u.row(i) + l;
       const Reflection<Element> right = reflectionOf(r, rest);
+      const bool turnsRow = right.scale != 0.0;
       e[l] = right.scale * right.g;
-      for (std::size_t j = 0; j < rest && right.scale != 0.0; ++j) t[j] = divide(r[j], right.h);
-      if (l < m) {
-        reflect(u.from(l, l), column + l, left.scale != 0.0 ? f : nullptr,
-                right.scale != 0.0 ? r : nullptr, t);
-      }
-      for (std::size_t j = 0; j < rest && right.scale != 0.0; ++j) r[j] = scaled(r[j], right.scale);
+      for (std::size_t j = 0; j < rest && turnsRow; ++j) t[j] = divide(r[j], right.h);
+      reflectBoth(u.from(l, l), column + l, turnsColumn ? f : kNone, turnsRow ? r : kNone, t,
+                  next + l);
+      for (std::size_t j = 0; j < rest && turnsRow; ++j) r[j] = scaled(r[j], right.scale);
     }
-    for (std::size_t k = i; k < m && left.scale != 0.0; ++k) {
+    for (std::size_t k = i; k < m && turnsColumn && keepsVectors; ++k) {
       u.row(k)[i] = scaled(column[k], left.scale);
     }
+    std::swap(column, next);
   }
   return bound;
 }
 
-// V as the product of the row reflections that bidiagonalise left in u.
+// V as the product of the row reflections that bidiagonalise left in u. The walk that adds one
+// reflection takes the sums of the next one, whose index is lower.
 template <typename Element>
-void accumulateRight(MatrixBlock<Element> u, const double* e, MatrixBlock<Element> v, Element* f,
-                     Element* column) {
+void accumulateRight(MatrixBlock<Element> u, MatrixBlock<Element> v, Vectors<Element>& work) {
+  constexpr const Element* kNone = nullptr;
   const std::size_t n = u.columns;
+  const double* e = work.superdiagonal();
+  Element *f = work.row(), *next = work.otherRow(), *column = work.column();
   for (std::size_t i = n; i-- > 0;) {
     const std::size_t l = i + 1, rest = n - l;
-    if (rest > 0 && e[l] != 0.0) {
-      const Element* r = u.row(i) + l;
-      for (std::size_t j = 0; j < rest; ++j) {
-        // Divided twice, as the product of the divisors may underflow.
-        column[j] = divide(divide(conjugate(r[j]), r[0]), e[l]);
-      }
-      columnSums(v.from(l, l), r, f);
-      addProduct(v.from(l, l), column, f);
+    const bool turns = rest > 0 && e[l] != 0.0, nextTurns = i > 0 && e[i] != 0.0;
+    const Element* r = u.row(i) + l;
+    for (std::size_t j = 0; j < rest && turns; ++j) {
+      // Divided twice, as the product of the divisors may underflow.
+      column[j] = divide(divide(conjugate(r[j]), r[0]), e[l]);
     }
+    // Row and column i become those of the unit matrix, whose sums are these.
+    const Element* x = nextTurns ? u.row(i - 1) + i : kNone;
+    std::fill_n(next, rest + 1, Element{});
+    if (nextTurns) next[0] = next[0] + x[0];
+    walkRows(v.from(l, l), column, turns ? f : kNone, nextTurns ? x + 1 : kNone, next + 1);
     for (std::size_t j = l; j < n; ++j) v.row(i)[j] = v.row(j)[i] = Element{};
     v.row(i)[i] = element<Element>(1.0);
+    std::swap(f, next);
   }
 }
 
-// U as the product of the column reflections that bidiagonalise left in it.
+// U as the product of the column reflections that bidiagonalise left in it, in such walks.
 template <typename Element>
-void accumulateLeft(MatrixBlock<Element> u, const double* s, Element* f, Element* column) {
+void accumulateLeft(MatrixBlock<Element> u, Vectors<Element>& work) {
+  constexpr const Element* kNone = nullptr;
   const std::size_t m = u.rows, n = u.columns;
+  const double* s = work.values();
+  Element *f = work.row(), *next = work.otherRow(), *column = work.column(),
+          *x = work.otherColumn();
+  for (std::size_t k = n - 1; k < m; ++k) column[k] = u.row(k)[n - 1];
   for (std::size_t i = n; i-- > 0;) {
     const std::size_t l = i + 1, rest = n - l;
-    for (std::size_t j = l; j < n; ++j) u.row(i)[j] = Element{};
-    if (s[i] != 0.0) {
-      for (std::size_t k = i; k < m; ++k) column[k] = conjugate(u.row(k)[i]);
-      if (rest > 0) {
-        if (l < m) {
-          columnSums(u.from(l, l), column + l, f);
-        } else {
-          std::fill_n(f, rest, Element{});
-        }
-        for (std::size_t j = 0; j < rest; ++j) f[j] = divide(divide(f[j], column[i]), s[i]);
-      }
-      for (std::size_t k = i; k < m; ++k) column[k] = conjugate(column[k]);
-      if (rest > 0) addProduct(u.from(i, l), column + i, f);
-      for (std::size_t k = i; k < m; ++k) u.row(k)[i] = divide(column[k], s[i]);
-    } else {
-      for (std::size_t k = i; k < m; ++k) u.row(k)[i] = Element{};
+    const bool turns = s[i] != 0.0, nextTurns = i > 0 && s[i - 1] != 0.0;
+    for (std::size_t j = 0; j < rest && turns; ++j) {
+      f[j] = divide(divide(f[j], conjugate(column[i])), s[i]);
     }
-    u.row(i)[i] = u.row(i)[i] + element<Element>(1.0);
+    Element sum = {};
+    for (std::size_t k = i; k < m; ++k) {
+      Element& place = u.row(k)[i];
+      place = turns ? divide(column[k], s[i]) : Element{};
+      if (k == i) place = place + element<Element>(1.0);
+      if (i == 0) continue;
+      x[k] = conjugate(u.row(k)[i - 1]);
+      sum = sum + x[k] * place;
+    }
+    std::fill_n(u.row(i) + l, rest, Element{});
+    std::fill_n(next, rest + 1, Element{});
+    walkRows(u.from(i, l), column + i, turns ? f : kNone, nextTurns ? x + i : kNone, next + 1);
+    next[0] = sum;
+    if (i == 0) break;
+    x[i - 1] = conjugate(u.row(i - 1)[i - 1]);
+    for (std::size_t k = i - 1; k < m; ++k) x[k] = conjugate(x[k]);
+    std::swap(column, x);
+    std::swap(f, next);
   }
 }
 
@@ -289,6 +190,7 @@ struct Rotation {
 };
 
 constexpr std::size_t kTileRows = 32;  // real ones: half as many complex rows
+constexpr std::size_t kTileAlignment = 8;
 
 FATHOM_INLINE void rotate(double& x, double& z, double cosine, double sine) {
   const double turned = rounded(x * cosine) + rounded(z * sine);
@@ -390,11 +292,18 @@ template <typename Element>
 class Rotations {
  public:
   static std::size_t capacityFor(std::size_t columns) {
-    return 16 * std::min<std::size_t>(columns, 4096);
+    return 64 * std::min<std::size_t>(columns, 1024);
   }
 
+  static std::size_t tileSize(std::size_t columns) { return columns * kTileRows + kTileAlignment; }
+
   Rotations(MatrixBlock<Element> matrix, Rotation* list, double* tile)
-      : matrix_(matrix), list_(list), tile_(tile), capacity_(capacityFor(matrix.columns)) {}
+      : matrix_(matrix), list_(list), tile_(tile), capacity_(capacityFor(matrix.columns)) {
+    // So that no vector lies in two cache lines.
+    constexpr std::size_t kBytes = kTileAlignment * sizeof(double);
+    const std::size_t beyond = reinterpret_cast<std::uintptr_t>(tile) % kBytes / sizeof(double);
+    if (beyond > 0) tile_ += kTileAlignment - beyond;
+  }
 
   void add(std::size_t x, std::size_t z, double cosine, double sine) {
     if (count_ == capacity_) apply();
@@ -402,7 +311,7 @@ class Rotations {
   }
 
   void apply() {
-    constexpr std::size_t kParts = partsOf<Element>, kRows = kTileRows / kParts;
+    constexpr std::size_t kParts = kPartsOf<Element>, kRows = kTileRows / kParts;
     for (std::size_t i = 0; i < matrix_.rows && count_ > 0; i += kRows) {
       rotateRows(reinterpret_cast<double*>(matrix_.row(i)), matrix_.stride * kParts,
                  matrix_.columns * kParts, std::min(kRows, matrix_.rows - i), kRows, tile_, list_,
@@ -554,16 +463,6 @@ bool fits(std::int32_t m, std::int32_t n) {
   return matrixSize(std::max(m, n), n) <= PTRDIFF_MAX / sizeof(Element);
 }
 
-// The vectors and numbers that every decomposition works with, apart from the matrices.
-template <typename Element>
-struct Vectors {
-  Vectors(std::size_t m, std::size_t n) : reals(2 * n), elements(2 * n + std::max(m, n)) {}
-  explicit operator bool() const { return reals && elements; }
-
-  Workspace<double> reals;      // the values, then the superdiagonal
-  Workspace<Element> elements;  // two rows, then a column
-};
-
 template <typename Element>
 AnalysisStatus decompose(Element* a, bool padsInput, std::int32_t rows, std::int32_t columns,
                          Element* u, Element* s, Element* v) {
@@ -573,30 +472,30 @@ AnalysisStatus decompose(Element* a, bool padsInput, std::int32_t rows, std::int
   const std::size_t capacity = Rotations<Element>::capacityFor(n);
   Vectors<Element> work(m, n);
   Workspace<Rotation> lists(2 * capacity);
-  Workspace<double> tile(n * kTileRows);
+  Workspace<double> tile(Rotations<Element>::tileSize(n));
   Workspace<std::int32_t> order(n);
   if (!work || !lists || !tile || !order) return FATHOM_ERR_MEMORY;
 
   if (padsInput) padded(a, m, n, a);
   const MatrixBlock<Element> left = padded<Element>(a, m, n, u);
   const MatrixBlock<Element> right = {v, n, n, n};
-  double *values = work.reals.data(), *e = values + n;
-  Element *f = work.elements.data(), *column = f + 2 * n;
-  const double bound = bidiagonalise(left, values, e, f, column);
-  accumulateRight(left, e, right, f, column);
-  accumulateLeft(left, values, f, column);
+  double* const values = work.values();
+  const double bound = bidiagonalise(left, work, true);
+  accumulateRight(left, right, work);
+  accumulateLeft(left, work);
 
   Rotations<Element> ofLeft(left, lists.data(), tile.data());
   Rotations<Element> ofRight(right, lists.data() + capacity, tile.data());
-  const AnalysisStatus status = diagonalise(values, e, n, bound, ofLeft, ofRight);
+  const AnalysisStatus status =
+      diagonalise(values, work.superdiagonal(), n, bound, ofLeft, ofRight);
   if (status != FATHOM_OK) return status;
   ofLeft.apply();
   ofRight.apply();
   makePositive(values, n, v);
   for (std::size_t j = 0; j < n; ++j) order[j] = static_cast<std::int32_t>(j);
   sortDescending(values, n, order.data());
-  permuteColumns(left, order.data(), f);
-  permuteColumns(right, order.data(), f);
+  permuteColumns(left, order.data(), work.row());
+  permuteColumns(right, order.data(), work.row());
   copyValues(values, n, s);
   return FATHOM_OK;
 }
@@ -610,11 +509,10 @@ AnalysisStatus valuesOnly(const Element* a, std::int32_t rows, std::int32_t colu
   Vectors<Element> work(m, n);
   if (!copy || !work) return FATHOM_ERR_MEMORY;
 
-  double *values = work.reals.data(), *e = values + n;
-  Element* f = work.elements.data();
-  const double bound = bidiagonalise(padded(a, m, n, copy.data()), values, e, f, f + 2 * n);
+  double* const values = work.values();
+  const double bound = bidiagonalise(padded(a, m, n, copy.data()), work, false);
   NoRotations none;
-  const AnalysisStatus status = diagonalise(values, e, n, bound, none, none);
+  const AnalysisStatus status = diagonalise(values, work.superdiagonal(), n, bound, none, none);
   if (status != FATHOM_OK) return status;
   makePositive<Element>(values, n, nullptr);
   sortDescending(values, n, nullptr);

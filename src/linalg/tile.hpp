@@ -113,34 +113,42 @@ FATHOM_INLINE void negateSeconds(L& x, std::index_sequence<i...>) {
   x = __builtin_shufflevector(x, -x, static_cast<int>(i % 2 == 0 ? i : i + sizeof...(i))...);
 }
 
-// T = the transpose of A, conjugated where complex, of as many elements squared as fit in a vector.
-// The strides are in doubles.
+// Transposes a square of as many elements squared as fit in a vector.
+template <std::size_t parts, typename L, std::size_t side>
+FATHOM_INLINE void transpose(L (&row)[side]) {
+  constexpr auto kAll = std::make_index_sequence<side * parts>();
+  if constexpr (side > 1) {
+    FATHOM_UNROLL
+    for (std::size_t i = 0; i < side; i += 2) exchangeBlocks<parts>(row[i], row[i + 1], kAll);
+  }
+  if constexpr (side > 2) {
+    FATHOM_UNROLL
+    for (std::size_t i = 0; i < side; i += 4) {
+      exchangeBlocks<2 * parts>(row[i], row[i + 2], kAll);
+      exchangeBlocks<2 * parts>(row[i + 1], row[i + 3], kAll);
+    }
+  }
+  if constexpr (side > 4) {
+    FATHOM_UNROLL
+    for (std::size_t i = 0; i < 4; ++i) exchangeBlocks<4 * parts>(row[i], row[i + 4], kAll);
+  }
+}
+
+// T = the transpose of A, conjugated where complex, of such a square. The strides are in doubles.
 template <std::size_t bytes, std::size_t parts>
 FATHOM_INLINE void transposeSquare(const double* a, std::size_t aStride, double* t,
                                    std::size_t tStride) {
   constexpr std::size_t kLanes = kLanesOf<bytes>, kSide = kLanes / parts;
-  constexpr auto kAll = std::make_index_sequence<kLanes>();
   Lanes<bytes> row[kSide];
   FATHOM_UNROLL
   for (std::size_t i = 0; i < kSide; ++i) load(row[i], a + i * aStride);
   if constexpr (parts == 2) {
     FATHOM_UNROLL
-    for (std::size_t i = 0; i < kSide; ++i) negateSeconds(row[i], kAll);
-  }
-  if constexpr (kSide > 1) {
-    FATHOM_UNROLL
-    for (std::size_t i = 0; i < kSide; i += 2) exchangeBlocks<parts>(row[i], row[i + 1], kAll);
-  }
-  if constexpr (kSide > 2) {
-    FATHOM_UNROLL
-    for (std::size_t i = 0; i < kSide; i += i % 2 == 0 ? 1 : 3) {
-      exchangeBlocks<2 * parts>(row[i], row[i + 2], kAll);
+    for (std::size_t i = 0; i < kSide; ++i) {
+      negateSeconds(row[i], std::make_index_sequence<kLanes>());
     }
   }
-  if constexpr (kSide > 4) {
-    FATHOM_UNROLL
-    for (std::size_t i = 0; i < 4; ++i) exchangeBlocks<4 * parts>(row[i], row[i + 4], kAll);
-  }
+  transpose<parts>(row);
   FATHOM_UNROLL
   for (std::size_t i = 0; i < kSide; ++i) store(t + i * tStride, row[i]);
 }
