@@ -105,9 +105,8 @@ struct System {
 void addGeneralRows(const Shape& shape) {
 #if defined(FATHOM_BENCH_GSL)
   for (const std::int32_t algorithm : {FATHOM_LS_SINGULAR_VALUES, FATHOM_LS_HOUSEHOLDER}) {
-    const char* name = algorithm == FATHOM_LS_HOUSEHOLDER ? "Householder" : "singular values";
-    addRow({"GenLSFit, " + std::to_string(shape.n) + " rows, " + name, shape.k,
-            "GSL multifit_linear", shape.gslGoal, [=]() -> Sides {
+    addRow({"GenLSFit " + std::to_string(algorithm) + ", " + std::to_string(shape.n) + " rows",
+            shape.k, "GSL multifit_linear", shape.gslGoal, [=]() -> Sides {
               const System s(shape);
               const auto n = static_cast<std::size_t>(shape.n),
                          k = static_cast<std::size_t>(shape.k);
@@ -133,8 +132,8 @@ void addGeneralRows(const Shape& shape) {
 #endif
 #if defined(FATHOM_BENCH_OPENBLAS)
   // Its matrix comes column after column, as it wants it; the copy of what it overwrites is timed.
-  addRow({"GenLSFitCoef, " + std::to_string(shape.n) + " rows", shape.k, "LAPACK dgels",
-          shape.lapackGoal, [=]() -> Sides {
+  addRow({"GenLSFitCoef, " + std::to_string(shape.n), shape.k, "LAPACK dgels", shape.lapackGoal,
+          [=]() -> Sides {
             const System s(shape);
             const Array a = constant(shape.n * shape.k, 0.0), b = constant(shape.n, 0.0);
             const Array room = constant(64 * (shape.n + shape.k), 0.0);
