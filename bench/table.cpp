@@ -271,6 +271,7 @@ int main(int argc, char** argv) {
   fathom::bench::addFilterRows();
   fathom::bench::addInterpolationRows();
   fathom::bench::addFitRows();
+  fathom::bench::addNonlinearRows();
   fathom::bench::TableReporter table;
   benchmark::RunSpecifiedBenchmarks(&table);
   benchmark::Shutdown();

@@ -62,6 +62,7 @@ void addLuRows();
 void addFilterRows();
 void addInterpolationRows();
 void addFitRows();
+void addNonlinearRows();
 
 using Array = std::shared_ptr<std::vector<double>>;
 
