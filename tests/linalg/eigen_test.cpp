@@ -210,11 +210,14 @@ TEST(Eigen, SymmetricReadsTheLowerTriangleAndMayWriteOverIt) {
   EXPECT_EQ(c, complex.vectors);
 }
 
-// D B D with the determinants 1e-9 and 4: errors of the norm's size would show in the product.
+// Figures of LAPACK 3.11 (NumPy 1.24.2, eigvalsh), relative errors.
 TEST(Eigen, GradedMatrixKeepsItsSmallValues) {
-  const Values values =
-      eigen<double>(square<double>({2e-12, 1e-9, 0, 1e-9, 2e-6, 1e-3, 0, 1e-3, 2})).values;
-  EXPECT_NEAR(values[0] * values[1] * values[2] / 4e-18, 1.0, 1e-13);
+  const double expected[] = {1.060961140819828e-12, 2.7938316295562814e-10, 7.449918461718693e-08,
+                             2.034114784727987e-05, 0.005856188724804011,   2.001966532602615};
+  const Values values = eigen<double>(matrixOf(6, [](int i, int j) {
+                          return (i == j ? 2 : 1) * std::ldexp(1.0, 4 * (i + j - 10));
+                        })).values;
+  for (std::size_t k = 0; k < 6; ++k) EXPECT_NEAR(values[k] / expected[k], 1.0, 1e-13);
 }
 
 TEST(Eigen, RefusesInOrderAndWritesNothing) {

@@ -3,12 +3,10 @@
 #include <complex>
 #include <cstdio>
 
-#include "support/testing.hpp"
+#include "linalg/matrices.hpp"
 
 namespace fathom::test {
 namespace {
-
-using Complex = std::complex<double>;
 
 template <typename Element>
 using Array = std::vector<Element>;
@@ -35,9 +33,6 @@ constexpr auto kDeterminant = [](auto& a, int n, int type, auto& det) {
     return CxDeterminant(raw(a.data()), n, type, raw(&det));
   }
 };
-double conj(double a) {
-  return a;
-}
 
 template <typename Element>
 Array<Element> random(std::size_t n, std::uint64_t seed) {
@@ -114,6 +109,46 @@ void expectSmallResiduals(const char* name) {
   }
   std::printf("largest residuals, %s: solution %.2f, inverse %.2f\n", name, solved, inverted);
   EXPECT_LT(std::max(solved, inverted), 30.0);
+}
+
+// Badly conditioned matrices as each type reads them, with b = A x for an x of ones.
+template <typename Element>
+void expectSmallResidualsOf(Kind kind) {
+  double largest = 0.0;
+  for (const int n : {2, 5, 8, 12}) {
+    for (const int type : {0, 1, 2, 3}) {
+      if (type == FATHOM_POSITIVE_DEFINITE && (kind != Kind::kHilbert || n > 8)) continue;
+      SCOPED_TRACE(::testing::Message() << static_cast<int>(kind) << ' ' << n << ' ' << type);
+      Array<Element> a = make<Element>(kind, n, n).at, b(n), x(n), inverse = a;
+      for (int k = 0; k < n * n; ++k) {
+        const int over = k % n - k / n;
+        a[k] *= (type == 2 && over > 0) || (type == 3 && over < 0) ? 0.0 : 0x1p40;
+        if constexpr (!std::is_same_v<Element, double>) a[k] *= std::polar(1.0, 0.7 * over);
+        b[k / n] += a[k];
+      }
+      const AnalysisStatus status = solve(a, n, n, b, type, x);
+      ASSERT_TRUE(status == FATHOM_OK || (type == FATHOM_GENERAL && status == FATHOM_WARN_RANK));
+      largest = std::max(largest, residual(a, n, x.data(), 1, b.data()));
+      if constexpr (std::is_same_v<Element, double>) {
+        ASSERT_EQ(LinEqs(a.data(), b.data(), n, x.data()), FATHOM_OK);
+        largest = std::max(largest, residual(a, n, x.data(), 1, b.data()));
+      }
+      ASSERT_EQ(kInvert(a, n, type, inverse), FATHOM_OK);
+      for (int k = 0; k < n; ++k) {
+        Array<Element> e(n);
+        e[k] = 1.0;
+        largest = std::max(largest, residual(a, n, &inverse[k], n, e.data()));
+      }
+    }
+  }
+  EXPECT_LT(largest, kLargestResidual);
+}
+
+TEST(Solve, LeavesSmallResidualsOfBadlyConditionedMatrices) {
+  for (const Kind kind : {Kind::kHilbert, Kind::kVandermonde, Kind::kGradedDown, Kind::kGradedUp}) {
+    expectSmallResidualsOf<double>(kind);
+    expectSmallResidualsOf<Complex>(kind);
+  }
 }
 
 TEST(Solve, LeavesSmallResidualsAndAgreesOnDeterminants) {

@@ -324,17 +324,39 @@ TEST(SVD, TakesThePlainStepsAndLeavesSmallResiduals) {
   expectDecompositions<Complex>(shapes);
 }
 
-// Upper triangles of ones: s[k] = 1 / (2 sin((2k + 1) pi / (4n + 2))). The others: NumPy 1.24.2.
+// Upper triangles of ones: s[k] = 1 / (2 sin((2k + 1) pi / (4n + 2))). The others are figures of
+// LAPACK 3.11 (NumPy 1.24.2): Hilbert's, a graded and a Vandermonde matrix, and a complex one.
 TEST(SVD, FindsKnownValues) {
-  Values triangle(900), hilbert(36), s(30);
+  Values triangle(900), s(30);
   for (std::size_t i = 0; i < 30; ++i) std::fill_n(&triangle[i * 31], 30 - i, 1.0);
   ASSERT_EQ(SVDS(triangle.data(), 30, 30, s.data()), FATHOM_OK);
   for (int k = 0; k < 30; ++k) EXPECT_NEAR(s[k], 0.5 / std::sin((2 * k + 1) * M_PI / 122), 1e-13);
-  for (int i = 0; i < 36; ++i) hilbert[i] = 1.0 / (i / 6 + i % 6 + 1);
-  const Values ofHilbert = {1.6188998589243393,    0.2423608705752095,     0.01632152131987582,
-                            0.0006157483541826447, 1.2570757122632472e-05, 1.0827994844462713e-07};
-  ASSERT_EQ(SVDS(hilbert.data(), 6, 6, s.data()), FATHOM_OK);
-  for (int k = 0; k < 6; ++k) EXPECT_NEAR(s[k], ofHilbert[k], 1e-15);
+  Values hilbert, graded, vandermonde;
+  for (int i = 0; i < 36; ++i) hilbert.push_back(1.0 / (i / 6 + i % 6 + 1));
+  for (int i = 0; i < 36; ++i) {
+    graded.push_back((i % 7 == 0 ? 2 : 1) * std::ldexp(1.0, -4 * (i / 6 + i % 6)));
+  }
+  for (int i = 0; i < 40; ++i) vandermonde.push_back(std::pow((i / 5 + 1) / 8.0, i % 5));
+  for (auto& [a, expected, limit] : std::vector<std::tuple<Values&, Values, double>>{
+           {hilbert,
+            {1.6188998589243393, 0.2423608705752095, 0.01632152131987582, 0.0006157483541826447,
+             1.2570757122632472e-05, 1.0827994844462713e-07},
+            1e-8},
+           {graded,
+            {2.001966532602615, 0.005856188724804013, 2.0341147847279897e-05, 7.449918461718688e-08,
+             2.7938316295562793e-10, 1.0609611408198286e-12},
+            1e-13},
+           {vandermonde,
+            {3.8061628444056175, 1.3879863073929979, 0.3004124041598612, 0.04255228084664691,
+             0.0033976445498860247},
+            1e-13}}) {
+    const int n = count(expected);
+    ASSERT_EQ(SVDS(a.data(), count(a) / n, n, s.data()), FATHOM_OK);
+    for (int k = 0; k < n; ++k) {
+      EXPECT_NEAR(s[k], expected[k], 4e-15);
+      EXPECT_NEAR(s[k] / expected[k], 1.0, limit);
+    }
+  }
   std::vector<Complex> c = {{1, 2}, {3, -1}, {0, 0.5}, 2, {0, -1}, {1, 1}, 0, {4, 1}, -2, 1, 1, 1};
   std::vector<Complex> cs(3);
   ASSERT_EQ(CxSVDS(pointer(c), 4, 3, pointer(cs)), FATHOM_OK);
