@@ -1,3 +1,4 @@
+#include "frame/elementary.hpp"
 #include "support/testing.hpp"
 
 namespace fathom::test {
@@ -14,7 +15,7 @@ Line plain(const Values& x, const Values& y, bool exponential) {
   const bool negative = exponential && y[0] < 0;
   double sx = 0, sxx = 0, sy = 0, sxy = 0;
   for (std::size_t i = 0; i < x.size(); ++i) {
-    const double v = exponential ? std::log(negative ? -y[i] : y[i]) : y[i];
+    const double v = exponential ? fathom::log(negative ? -y[i] : y[i]) : y[i];
     sx = sx + x[i];
     sxx = sxx + x[i] * x[i];
     sy = sy + v;
@@ -23,13 +24,13 @@ Line plain(const Values& x, const Values& y, bool exponential) {
   Line line;
   if (exponential) {
     line.second = (n * sxy - sx * sy) / (n * sxx - sx * sx);
-    line.first = std::exp((sy - line.second * sx) / n) * (negative ? -1 : 1);
+    line.first = fathom::exp((sy - line.second * sx) / n) * (negative ? -1 : 1);
   } else {
     line.first = (sx * sy - n * sxy) / (sx * sx - n * sxx);
     line.second = (sx * sxy - sy * sxx) / (sx * sx - n * sxx);
   }
   for (std::size_t i = 0; i < x.size(); ++i) {
-    line.fitted.push_back(exponential ? std::exp(line.second * x[i]) * line.first
+    line.fitted.push_back(exponential ? fathom::exp(line.second * x[i]) * line.first
                                       : line.first * x[i] + line.second);
     line.error += (line.fitted[i] - y[i]) * (line.fitted[i] - y[i]);
   }
