@@ -40,14 +40,16 @@ void setIdentity(Element* a, std::size_t n) {
 
 // Partial pivoting: the element of largest magnitude, the first of several.
 struct LargestElement {
-  // The row of the pivot, from `first` on and before `last`, or `last` if there is none.
+  // The row of the pivot, from `first` on and before `last`, or `last` if there is none. The
+  // column's elements are `step` apart.
   static std::size_t choose(const double* column, std::size_t first, std::size_t last,
-                            std::size_t /*start*/) {
+                            std::size_t /*start*/, std::size_t step = 1) {
     double best = kSmallestPivot;
     std::size_t row = last;
     for (std::size_t i = first; i < last; ++i) {
-      if (fabs(column[i]) > best) {
-        best = fabs(column[i]);
+      const double size = fabs(column[i * step]);
+      if (size > best) {
+        best = size;
         row = i;
       }
     }
@@ -195,24 +197,19 @@ std::size_t factoriseByColumns(double* a, std::size_t n, std::int32_t* pivots,
                                std::int32_t* parity) {
   clearRecord(n, pivots, parity);
   for (std::size_t j = 0; j < n; ++j) {
-    double best = kSmallestPivot;
-    std::size_t pivot = n;
     for (std::size_t i = 0; i < n; ++i) {
       double s = a[i * n + j];
       for (std::size_t t = 0; t < std::min(i, j); ++t) s -= a[i * n + t] * a[t * n + j];
       a[i * n + j] = s;
-      if (i >= j && fabs(s) > fabs(best)) {
-        best = s;
-        pivot = i;
-      }
     }
+    const std::size_t pivot = LargestElement::choose(a + j, j, n, 0, n);
     if (pivot == n) return j;
     if (pivot != j) {
       std::swap_ranges(a + j * n, a + (j + 1) * n, a + pivot * n);
       pivots[j] = static_cast<std::int32_t>(pivot);
       *parity ^= 1;
     }
-    for (std::size_t i = j + 1; i < n; ++i) a[i * n + j] /= best;
+    for (std::size_t i = j + 1; i < n; ++i) a[i * n + j] /= a[j * n + j];
   }
   return n;
 }

@@ -3,10 +3,12 @@
 #define FATHOM_LINALG_OVERLOADS_HPP
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 #include "array/matrix_size.hpp"
 #include "fathom.h"
+#include "linalg/element.hpp"
 
 namespace fathom {
 
@@ -37,6 +39,18 @@ void copyTall(const Element* a, std::int32_t m, std::int32_t n, Element* tall) {
   } else {
     conjugateTranspose(a, m, n, tall);
   }
+}
+
+// The rank by n singular values: those above tol, or, where that is negative, above 2^-52 times
+// the first and `longer`, the larger of the matrix's numbers of rows and columns.
+template <typename Element>
+std::size_t rankOf(const Element* s, std::size_t n, std::int32_t longer, double tol) {
+  if (tol < 0.0) tol = kEpsilon * static_cast<double>(longer) * realPart(s[0]);
+  std::size_t rank = 0;
+  for (std::size_t k = 0; k < n; ++k) {
+    if (realPart(s[k]) > tol) ++rank;
+  }
+  return rank;
 }
 
 }  // namespace fathom

@@ -48,7 +48,7 @@ template <typename Element>
 AnalysisStatus solveGeneral(const Element* a, std::int32_t m, std::int32_t n, const Element* b,
                             Element* x) {
   const std::int32_t tall = std::max(m, n), narrow = std::min(m, n);
-  const auto rows = static_cast<std::size_t>(tall), columns = static_cast<std::size_t>(narrow);
+  const auto columns = static_cast<std::size_t>(narrow);
   Workspace<Element> work(matrixSize(tall, narrow)), u(matrixSize(tall, narrow));
   Workspace<Element> v(matrixSize(narrow, narrow));
   if (!work || !u || !v) return FATHOM_ERR_MEMORY;
@@ -59,11 +59,7 @@ AnalysisStatus solveGeneral(const Element* a, std::int32_t m, std::int32_t n, co
   const AnalysisStatus status = decompose(work.data(), tall, narrow, u.data(), s.data(), v.data());
   if (status != FATHOM_OK) return status;
 
-  const double tolerance = kEpsilon * static_cast<double>(rows) * realPart(s[0]);
-  std::size_t rank = 0;
-  for (std::size_t k = 0; k < columns; ++k) {
-    if (realPart(s[k]) > tolerance) ++rank;
-  }
+  const std::size_t rank = rankOf(s.data(), columns, tall, -1.0);
   // A = L S R^H, where the transposed one is R S L^H.
   const Element* const left = m < n ? v.data() : u.data();
   const Element* const right = m < n ? u.data() : v.data();

@@ -41,12 +41,8 @@ AnalysisStatus spectrumOf(const Element* a, std::int32_t m, std::int32_t n, doub
   const AnalysisStatus status = valuesOf(tall, rows, columns, s.data());
   if (status != FATHOM_OK) return status;
   const std::size_t count = static_cast<std::size_t>(columns);
-  const double largest = realPart(s[0]);
-  if (tol < 0.0) tol = kEpsilon * static_cast<double>(rows) * largest;
-  spectrum = {largest, realPart(s[count - 1]), 0};
-  for (std::size_t k = 0; k < count; ++k) {
-    if (realPart(s[k]) > tol) ++spectrum.rank;
-  }
+  spectrum = {realPart(s[0]), realPart(s[count - 1]),
+              static_cast<std::int32_t>(rankOf(s.data(), count, rows, tol))};
   return FATHOM_OK;
 }
 
