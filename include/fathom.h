@@ -4251,7 +4251,7 @@ FATHOM_API AnalysisStatus PolyFit(const double* x, const double* y, int32_t n, i
  * factorisation gives is then refined (A. Bjoerck, "Iterative refinement of linear least squares
  * solutions I", BIT, 1967) with residuals in twice the precision, so that as a rule every
  * coefficient is right to its last digits, by whichever algorithm, as long as the condition number
- * is below 10^14, or 10^7 for the normal equations. docs/fits.md has the digits for reference data.
+ * is below 10^13, or 10^6 for the normal equations. docs/fits.md has the digits for reference data.
  *
  * Linearly dependent columns: FATHOM_LS_SINGULAR_VALUES takes singular values of the scaled matrix
  * of no more than 2^-52 n times the largest for zero, and gives, of all c that minimise the sum,
