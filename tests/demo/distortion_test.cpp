@@ -343,7 +343,7 @@ TEST_F(DistortionMeter, RefusesBadInputInOneLine) {
       {"--plot @nowhere/own.png", {"nowhere/own.png", "No such file"}},
   };
   for (const std::string bad : {"1.5 2.5", "volts", "1,5", "nan", "-inf", "1e999", "0x", "1\x01"}) {
-    writeString("line-" + bad, "# header\n" + column + bad + "\n");
+    writeString("line-" + bad, std::string("# header\n").append(column).append(bad).append("\n"));
     cases.push_back({std::string("'@line-").append(bad).append("' --rate 8000"),
                      {"line 4098", bad == "1\x01" ? std::string("1?") : bad}});
   }
