@@ -18,9 +18,13 @@ TEST(NonLinearFit, SolvesTheReferenceProblemsFromBothStarts) {
       ASSERT_EQ(NonLinearFit(p.x.data(), p.y.data(), n, p.model, c, k, fitted, error), FATHOM_OK)
           << p.name;
       EXPECT_TRUE(c.intact() && fitted.intact() && error.intact());
+      // Of two terms alike, either may come first.
+      Values found = c.values();
+      if (p.name == std::string("mgh17") && found[3] > found[4])
+        found = {found[0], found[2], found[1], found[4], found[3]};
       double least = 11.0, sum = 0.0;
       for (std::size_t j = 0; j < start.size(); ++j) {
-        least = std::min(least, digits(c.values()[j], p.certified[j]));
+        least = std::min(least, digits(found[j], p.certified[j]));
       }
       EXPECT_GE(least, 7.0) << p.name << " from " << start[0];
       for (std::size_t i = 0; i < p.x.size(); ++i) {
@@ -29,7 +33,7 @@ TEST(NonLinearFit, SolvesTheReferenceProblemsFromBothStarts) {
       }
       EXPECT_EQ(error.values()[0], sum / n);
       if (std::string(p.name) != "lanczos1") {
-        EXPECT_GE(digits(sum, p.squares), 8.0) << p.name;
+        EXPECT_GE(digits(sum, p.squares[0]), 8.0) << p.name;
       }
     }
   }
@@ -90,7 +94,7 @@ TEST(NonLinearFit, RunsOutWithTheBestSoFar) {
   }
 }
 
-TEST(NonLinearFit, SolvesLinearModelsInOneIteration) {
+TEST(NonLinearFit, SolvesLinearModelsInOneIterationAndPassesThroughKPoints) {
   const auto line = [](double x, const double* c, int32_t k) {
     double sum = 0.0;
     for (int32_t j = k; j-- > 0;) sum = sum * x + c[j];
@@ -100,13 +104,9 @@ TEST(NonLinearFit, SolvesLinearModelsInOneIteration) {
   EXPECT_EQ(t.run(line, {1, -20, 3, 1e-3}, 30, 1), FATHOM_OK);
   EXPECT_NEAR(t.c[1], -20, 1e-12);
   EXPECT_NEAR(t.c[3], 1e-3, 1e-11);
-}
-
-TEST(NonLinearFit, FitsThroughAsManyPointsAsCoefficients) {
-  Trial t = {{1, 1, 1}};
-  EXPECT_EQ(t.run(decay, {3, 2, -1}, 3, 100), FATHOM_OK);
-  EXPECT_NEAR(t.c[1], 2, 1e-10);
-  EXPECT_LT(t.error, 1e-28);
+  Trial u = {{1, 1, 1}};
+  EXPECT_EQ(u.run(decay, {3, 2, -1}, 3, 100), FATHOM_OK);
+  EXPECT_TRUE(std::fabs(u.c[1] - 2) < 1e-10 && u.error < 1e-28);
 }
 
 TEST(NonLinearFit, StaysWhereTheModelIsFinite) {
