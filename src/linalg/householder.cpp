@@ -225,10 +225,9 @@ template <std::size_t bytes, std::size_t rows, std::size_t parts>
 FATHOM_INLINE void reflectStrip(Strip strip, const Reflections& o, std::size_t row) {
   strip.a += row * strip.stride;
   const double* const v = o.v + row * parts;
-  double sums[rows * parts], factors[rows * parts];
+  double sums[rows * parts] = {}, factors[rows * parts];
   if (o.r != nullptr) {
     if constexpr (rows == 1) {
-      std::fill_n(sums, parts, 0.0);
       sumRow<parts>(strip, v, o.f, o.r, sums);
     } else if (o.f != nullptr) {
       sumStrip<bytes, rows, parts, true>(strip, v, o.f, o.r, sums);
