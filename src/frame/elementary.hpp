@@ -1,13 +1,9 @@
-// Elementary functions: the only door to the C library's mathematics.
-//
-// sqrt, fabs, floor, ceil, fmod and ldexp are exact or correctly rounded everywhere. The others are
-// the C library's own, whose last bits may differ from one C library, or one processor, to the
-// next.
+// Elementary functions, every one correctly rounded: the same bits on every processor, compiler and
+// system. The C library's mathematics is not used; sqrt, fabs and copysign are instructions.
 #ifndef FATHOM_FRAME_ELEMENTARY_HPP
 #define FATHOM_FRAME_ELEMENTARY_HPP
 
 #include <cfloat>
-#include <cmath>
 #include <cstddef>
 #include <limits>
 
@@ -25,13 +21,13 @@ inline constexpr double kTwoPi = 6.283185307179586;
 inline constexpr double kRadiansPerDegree = 0.017453292519943295;
 
 inline double sqrt(double x) {
-  return std::sqrt(x);
+  return __builtin_sqrt(x);
 }
 inline double fabs(double x) {
-  return std::fabs(x);
+  return __builtin_fabs(x);
 }
 inline double copysign(double x, double sign) {
-  return std::copysign(x, sign);
+  return __builtin_copysign(x, sign);
 }
 // The neighbouring integer is the nearest one, which 2^52 leaves, or next to it. From 2^52 on, all
 // are integers.
