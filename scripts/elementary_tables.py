@@ -122,41 +122,49 @@ def exponential_table():
 
 
 def logarithm_cells():
-    """For cell j, of width 2^-8 in the mantissas c + f in [1, 2) that belong to m in [11/16, 11/8):
+    """For cell j, of width 2^-9 in the mantissas c + f in [1, 2) that belong to m in [11/16, 11/8):
     scale, r and c, such that r m - 1 = scale r f + (scale r c - 1) is small."""
-    for j in range(256):
-        c = 1 + mpf((j + 96) % 256) / 256
+    for j in range(512):
+        c = 1 + mpf((j + 192) % 512) / 512
         scale = mpf(1) / 2 if c >= 1.375 else mpf(1)
-        unit = 2**8 if scale < 1 else 2**9
-        r = nint(unit / (scale * (c + mpf(1) / 512))) / unit
-        if scale * c == 1 or scale * (c + mpf(1) / 256) == 1:
+        unit = 2**9 if scale < 1 else 2**10
+        r = nint(unit / (scale * (c + mpf(1) / 1024))) / unit
+        if scale * c == 1 or scale * (c + mpf(1) / 512) == 1:
             r = mpf(1)
         yield scale, r, c
+
+
+def logarithm_rows(rows):
+    lines = "".join("    {{%s, %s}, {%s, %s}},\n" % tuple(map(hexadecimal, row)) for row in rows)
+    return ("// r and t of at most 10 bits, such that z = r f + t as in logarithm_reduction.hpp, and -ln r as\n"
+            "// a multiple of 2^-42 and the rest.\n"
+            "struct LogarithmRow {\n  TableRow reduction;\n  TableRow logarithm;\n};\n"
+            f"inline constexpr LogarithmRow kLogarithmTable[{len(rows)}] = {{\n{lines}}};\n")
 
 
 def logarithm_table():
     def leading(x):  # with integers up to 2^11, products and sums are exact
         return nint(x * mpf(2) ** 42) / mpf(2) ** 42
 
-    reductions, logarithms, radius = [], [], mpf(0)
+    rows, radius = [], mpf(0)
     for scale, r, c in logarithm_cells():
-        reductions.append((scale * r, scale * r * c - 1))
         logarithm = -log(r)
-        logarithms.append((leading(logarithm), logarithm - leading(logarithm)))
-        radius = max(radius, abs(scale * r * c - 1), abs(scale * r * (c + mpf(1) / 256) - 1))
-    assert radius < mpf(2) ** -8 + mpf(2) ** -60
+        rows.append((scale * r, scale * r * c - 1,
+                     leading(logarithm), logarithm - leading(logarithm)))
+        radius = max(radius, abs(scale * r * c - 1), abs(scale * r * (c + mpf(1) / 512) - 1))
+    assert radius <= mpf(2) ** -9
 
     def beyond(terms):
         def f(z):  # the series: the closed form would cancel
             return sum((-1) ** (k + 1) * z ** (k - terms) / k for k in range(terms, terms + 40))
         return f
 
-    square, square_error = polynomial(beyond(2), radius, 5, lambda z: 1)
-    cube, cube_error = polynomial(beyond(3), radius, 5, lambda z: 1)
-    about = "(ln(1 + z) - z{}) / z^{} for |z| <= 2^-8, ascending;"
+    square, square_error = polynomial(beyond(2), radius, 4, lambda z: 1)
+    cube, cube_error = polynomial(beyond(3), radius, 4, lambda z: 1)
+    about = "(ln(1 + z) - z{}) / z^{} for |z| <= 2^-9, ascending;"
     ln2 = log(2)
     body = "".join((
-        "inline constexpr std::size_t kLogarithmCells = 256;\n",
+        "inline constexpr std::size_t kLogarithmCells = 512;\n",
         "// ln 2 as a multiple of 2^-42 and the rest.\n",
         f"inline constexpr double kLn2 = {hexadecimal(leading(ln2))};\n",
         f"inline constexpr double kLn2Rest = {hexadecimal(ln2 - leading(ln2))};\n",
@@ -169,10 +177,7 @@ def logarithm_table():
         double_array("kFromCube", (about.format(" + z^2 / 2", 3),), cube),
         "// and what it is off by at most.\n",
         f"inline constexpr double kFromCubeError = {hexadecimal(cube_error)};\n",
-        row_table("kReductionTable",
-                  ("r and t of 9 bits each, such that z = r f + t; see logarithm_reduction.hpp.",),
-                  reductions),
-        row_table("kLogarithmTable", ("-ln r, as a multiple of 2^-42 and the rest.",), logarithms)))
+        logarithm_rows(rows)))
     return header("logarithm_table", ("Tables and polynomials of log, log10 and pow.",), body,
                   '\n#include <cstddef>\n\n#include "elementary/table_rows.hpp"\n')
 

@@ -27,7 +27,7 @@ FATHOM_MULTIVERSION bool fastExps(const double* x, std::size_t n, double* y, std
   alignas(64) TableRow rows[kElementaryBlock];
   FATHOM_INDEPENDENT
   for (std::size_t i = 0; i < n; ++i) steps[i] = stepsOf(x[i]);
-  lookUpRows(kExponentialTable, n, rows, [&](std::size_t i) { return rowOf(steps[i]); });
+  lookUpExponentials(steps, n, rows);
   std::uint64_t any = 0;
   FATHOM_INDEPENDENT
   for (std::size_t i = 0; i < n; ++i) {

@@ -34,6 +34,16 @@ FATHOM_INLINE std::size_t rowOf(double steps) {
   return std::bit_cast<std::uint64_t>(steps) % kExponentialRows;
 }
 
+// n is a multiple of 4.
+FATHOM_INLINE void lookUpExponentials(const double* steps, std::size_t n, TableRow* rows) {
+  for (std::size_t i = 0; i < n; i += 4) {
+    rows[i] = kExponentialTable[rowOf(steps[i])];
+    rows[i + 1] = kExponentialTable[rowOf(steps[i + 1])];
+    rows[i + 2] = kExponentialTable[rowOf(steps[i + 2])];
+    rows[i + 3] = kExponentialTable[rowOf(steps[i + 3])];
+  }
+}
+
 // (s + low) 2^e with s + low in [0.98, 2.02]; the power of two as an integer to be added to the
 // bits of a double.
 struct ScaledSum {

@@ -1,4 +1,4 @@
-// log and log10: the reduction of logarithm_reduction.hpp, a polynomial of degree 7 and a rounding
+// log and log10: the reduction of logarithm_reduction.hpp, a polynomial of degree 6 and a rounding
 // test; where that leaves the rounding in doubt, mostly beside 1, the same with the term z^2 / 2 of
 // the series taken exactly.
 //
@@ -18,14 +18,14 @@
 namespace fathom {
 namespace {
 
-// Bounds, u = 2^-53: of z^2 P(z), |P| near 1/2, the square is off by u / 2 z^2, P by 5/4 u z^2 (two
+// Bounds, u = 2^-53: of z^2 P(z), |P| near 1/2, the square is off by u / 2 z^2, P by 3.4 u z^2 (two
 // roundings and kFromSquareError), the product by u / 2 z^2; as much again come from the sum that
-// is `low` and from low +- error: 3.3 u z^2. The other terms of `low` are below 2^-43 |s|.
-constexpr double kLogSquareError = 0x1.cp-52;
-// The product with 1 / ln 10: the first factors are exact, the tail is rounded three times.
-constexpr double kLog10SquareError = 0x1.4p-52;
+// is `low` and from low +- error: 5.4 u z^2. The other terms of `low` are below 2^-43 |s|.
+constexpr double kLogSquareError = 0x1.8p-51;
+// The product with 1 / ln 10 shrinks that by 0.44 and rounds the tail three times.
+constexpr double kLog10SquareError = 0x1.cp-52;
 constexpr double kSumError = 0x1p-74;
-static_assert(kFromSquareError <= 0x1.1p-55);
+static_assert(kFromSquareError <= 0x1.3p-52);
 
 struct Natural {
   static constexpr double kSquareError = kLogSquareError;
@@ -51,14 +51,13 @@ struct Decimal {
 };
 
 template <typename Base>
-FATHOM_INLINE RoundedResult fastLog(double x, TableRow reduction, TableRow logarithm) {
-  const ReducedLogarithm reduced = reduceLogarithm(x, reduction, logarithm);
+FATHOM_INLINE RoundedResult fastLog(double x, const LogarithmRow& row) {
+  const ReducedLogarithm reduced = reduceLogarithm(x, row);
   const double z = reduced.z;
   const double square = rounded(z * z);
   const double a = kFromSquare[0] + rounded(z * kFromSquare[1]);
   const double b = kFromSquare[2] + rounded(z * kFromSquare[3]);
-  const double c = kFromSquare[4] + rounded(z * kFromSquare[5]);
-  const double p = a + rounded(square * (b + rounded(square * c)));
+  const double p = a + rounded(square * (b + rounded(square * kFromSquare[4])));
   // Exact: `leading` is 0 or a multiple of the last bit of z.
   const double s = reduced.leading + z;
   const double lost = (reduced.leading - s) + z;
@@ -66,30 +65,26 @@ FATHOM_INLINE RoundedResult fastLog(double x, TableRow reduction, TableRow logar
   const double error = rounded(square * Base::kSquareError) + rounded(magnitude(s) * kSumError);
   const double above = y.high + (y.low + error);
   const double below = y.high + (y.low - error);
-  return {above, differingBits(above, below) | notNormalBits(x)};
+  return {above, differingBits(above, below) | outsideCells(x)};
 }
 
 template <typename Base>
 double exactLog(double x) {
-  if (notNormalBits(x) != 0) return Base::slow(x);
-  const std::size_t cell = cellOf(x);
-  const LogarithmSum sum =
-      accurateLogarithm(reduceLogarithm(x, kReductionTable[cell], kLogarithmTable[cell]));
-  const double error = magnitude(sum.cube) * 0x1p-51 + magnitude(sum.high) * 0x1p-81;
+  if (outsideCells(x) != 0) return Base::slow(x);
+  const LogarithmSum sum = accurateLogarithm(reduceLogarithm(x, kLogarithmTable[cellOf(x)]));
+  const double error = magnitude(sum.cube) * 0x1.8p-51 + magnitude(sum.high) * 0x1p-81;
   const RoundedResult result = roundedWithin(Base::accurateInBase({sum.high, sum.low}), error);
   return result.doubt == 0 ? result.value : Base::slow(x);
 }
 
 template <typename Base>
 FATHOM_INLINE bool fastLogs(const double* x, std::size_t n, double* y, std::uint64_t* doubt) {
-  alignas(64) TableRow reductions[kElementaryBlock];
-  alignas(64) TableRow logarithms[kElementaryBlock];
-  lookUpRows(kReductionTable, n, reductions, [x](std::size_t i) { return cellOf(x[i]); });
-  lookUpRows(kLogarithmTable, n, logarithms, [x](std::size_t i) { return cellOf(x[i]); });
+  LogarithmRows rows;
+  lookUpLogarithms(x, n, rows);
   std::uint64_t any = 0;
   FATHOM_INDEPENDENT
   for (std::size_t i = 0; i < n; ++i) {
-    const RoundedResult result = fastLog<Base>(x[i], reductions[i], logarithms[i]);
+    const RoundedResult result = fastLog<Base>(x[i], rows[i]);
     y[i] = result.value;
     doubt[i] = result.doubt;
     any |= result.doubt;
@@ -108,8 +103,7 @@ FATHOM_MULTIVERSION bool decimalLogs(const double* x, std::size_t n, double* y,
 
 template <typename Base>
 FATHOM_INLINE double logOf(double x) {
-  const std::size_t cell = cellOf(x);
-  const RoundedResult result = fastLog<Base>(x, kReductionTable[cell], kLogarithmTable[cell]);
+  const RoundedResult result = fastLog<Base>(x, kLogarithmTable[cellOf(x)]);
   return result.doubt == 0 ? result.value : exactLog<Base>(x);
 }
 

@@ -1,5 +1,6 @@
 // pow: ln |x| to about 2^-77, its exact product with y, the exponential of that, and a rounding
 // test; the sign and whether the power is real from the bits of x and y.
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -51,14 +52,14 @@ FATHOM_INLINE std::uint64_t notRealBits(double x, double y) {
   return (differingBits(integer, magnitude(y)) | outsideBits(y, 0x1p52)) & negative;
 }
 
-FATHOM_INLINE LogarithmSum logarithmOf(double x, TableRow reduction, TableRow logarithm) {
-  return accurateLogarithm(reduceLogarithm(x, reduction, logarithm));
+FATHOM_INLINE LogarithmSum logarithmOf(double x, const LogarithmRow& row) {
+  return accurateLogarithm(reduceLogarithm(x, row));
 }
 
 FATHOM_INLINE RoundedResult fastPower(double x, double y, const ScaledLogarithm& log, double steps,
                                       TableRow row) {
   const std::uint64_t outside =
-      outsideBits(log.head, kLargestExponent) | notNormalBits(magnitude(x)) | notRealBits(x, y);
+      outsideBits(log.head, kLargestExponent) | outsideCells(magnitude(x)) | notRealBits(x, y);
   const RoundedResult power = roundedAndScaled(exponential(log.head, log.tail, steps, row),
                                                kExponentialError + log.error, outside);
   const auto bits = std::bit_cast<std::uint64_t>(power.value) | signOfPower(x, y);
@@ -74,25 +75,25 @@ struct OneValue {
 template <typename Base, typename Exponent>
 FATHOM_INLINE bool fastPowersOf(Base x, Exponent y, std::size_t n, double* power,
                                 std::uint64_t* doubt) {
-  alignas(64) TableRow reductions[kElementaryBlock];
+  LogarithmRows logarithms;
   alignas(64) TableRow rows[kElementaryBlock];
+  alignas(64) double bases[kElementaryBlock];
   alignas(64) double heads[kElementaryBlock];
   alignas(64) double tails[kElementaryBlock];
   alignas(64) double errors[kElementaryBlock];
   alignas(64) double steps[kElementaryBlock];
-  const auto cell = [x](std::size_t i) { return cellOf(magnitude(x[i])); };
-  lookUpRows(kReductionTable, n, reductions, cell);
-  lookUpRows(kLogarithmTable, n, rows, cell);
+  FATHOM_INDEPENDENT
+  for (std::size_t i = 0; i < n; ++i) bases[i] = magnitude(x[i]);
+  lookUpLogarithms(bases, n, logarithms);
   FATHOM_INDEPENDENT
   for (std::size_t i = 0; i < n; ++i) {
-    const ScaledLogarithm log =
-        scaledLogarithm(logarithmOf(magnitude(x[i]), reductions[i], rows[i]), y[i]);
+    const ScaledLogarithm log = scaledLogarithm(logarithmOf(bases[i], logarithms[i]), y[i]);
     heads[i] = log.head;
     tails[i] = log.tail;
     errors[i] = log.error;
     steps[i] = stepsOf(log.head + log.tail);
   }
-  lookUpRows(kExponentialTable, n, rows, [&](std::size_t i) { return rowOf(steps[i]); });
+  lookUpExponentials(steps, n, rows);
   std::uint64_t any = 0;
   FATHOM_INDEPENDENT
   for (std::size_t i = 0; i < n; ++i) {
@@ -114,8 +115,8 @@ FATHOM_MULTIVERSION bool fastPowers(const double* x, OneValue y, std::size_t n, 
   return fastPowersOf(x, y, n, power, doubt);
 }
 
-// Rounded by the definition of the operation, or without an error bound that holds.
 double exactPower(double x, double y) {
+  if (y == 1.0) return x;
   if (y == 2.0) return x * x;
   return slow::pow(x, y);
 }
@@ -124,9 +125,7 @@ double exactPower(double x, double y) {
 
 double pow(double x, double y) {
   const double base = magnitude(x);
-  const std::size_t cell = cellOf(base);
-  const ScaledLogarithm log =
-      scaledLogarithm(logarithmOf(base, kReductionTable[cell], kLogarithmTable[cell]), y);
+  const ScaledLogarithm log = scaledLogarithm(logarithmOf(base, kLogarithmTable[cellOf(base)]), y);
   const double steps = stepsOf(log.head + log.tail);
   const RoundedResult result = fastPower(x, y, log, steps, kExponentialTable[rowOf(steps)]);
   return result.doubt == 0 ? result.value : exactPower(x, y);
@@ -144,6 +143,14 @@ void pow(const double* x, const double* y, std::size_t n, double* power) {
 }
 
 void pow(const double* x, double y, std::size_t n, double* power) {
+  if (y == 0.0) {
+    std::fill_n(power, n, 1.0);
+    return;
+  }
+  if (y == 1.0 || y == 2.0) {
+    for (std::size_t i = 0; i < n; ++i) power[i] = exactPower(x[i], y);
+    return;
+  }
   evaluateArray(
       x, n, power,
       [y](const double* base, std::size_t count, double* value, std::uint64_t* doubt) {

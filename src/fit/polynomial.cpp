@@ -4,8 +4,8 @@
 
 #include "array/matrix_size.hpp"
 #include "fathom.h"
-#include "frame/elementary.hpp"
 #include "frame/workspace.hpp"
+#include "linalg/powers.hpp"
 
 AnalysisStatus PolyFit(const double* x, const double* y, int32_t n, int32_t order, double* fitted,
                        double* coefficients, double* meanSquaredError) {
@@ -15,10 +15,8 @@ AnalysisStatus PolyFit(const double* x, const double* y, int32_t n, int32_t orde
   const int32_t columns = order + 1;
   fathom::Workspace<double> powers(fathom::matrixSize(n, columns));
   if (!powers) return FATHOM_ERR_MEMORY;
-  double* power = powers.data();
-  for (int32_t i = 0; i < n; ++i) {
-    for (int32_t j = 0; j < columns; ++j) *power++ = fathom::pow(x[i], j);
-  }
+  fathom::fillPowers(x, static_cast<std::size_t>(n), static_cast<std::size_t>(columns), 0.0, 1.0,
+                     powers.data());
   return GenLSFit(powers.data(), n, columns, y, nullptr, FATHOM_LS_SINGULAR_VALUES, fitted,
                   coefficients, nullptr, meanSquaredError);
 }

@@ -4,8 +4,8 @@
 #include <cstdint>
 
 #include "fathom.h"
-#include "frame/elementary.hpp"
 #include "linalg/element.hpp"
+#include "linalg/powers.hpp"
 
 namespace {
 
@@ -28,12 +28,15 @@ void buildToeplitz(const Element* a, std::size_t rows, const Element* b, std::si
   }
 }
 
-void fillPowers(double x, std::size_t n, double* row) {
-  for (std::size_t j = 0; j < n; ++j) row[j] = fathom::pow(x, static_cast<double>(n - 1 - j));
+// Descending powers.
+void buildVandermonde(const double* x, std::size_t n, double* m) {
+  fathom::fillPowers(x, n, n, static_cast<double>(n - 1), -1.0, m);
 }
-void fillPowers(ComplexNum x, std::size_t n, ComplexNum* row) {
-  ComplexNum power = {1.0, 0.0};
-  for (std::size_t j = n; j-- > 0; power = power * x) row[j] = power;
+void buildVandermonde(const ComplexNum* x, std::size_t n, ComplexNum* m) {
+  for (std::size_t i = 0; i < n; ++i, m += n) {
+    ComplexNum power = {1.0, 0.0};
+    for (std::size_t j = n; j-- > 0; power = power * x[i]) m[j] = power;
+  }
 }
 
 double ofLeading(double a, double leading) {
@@ -70,7 +73,7 @@ AnalysisStatus build(int32_t type, int32_t size, const Element* a, int32_t na, c
       return FATHOM_OK;
     case FATHOM_MATRIX_VANDERMONDE:
       if (na < 1) return FATHOM_ERR_NO_SAMPLES;
-      for (std::size_t i = 0; i < n; ++i) fillPowers(a[i], n, m + i * n);
+      buildVandermonde(a, n, m);
       return FATHOM_OK;
     case FATHOM_MATRIX_COMPANION:
       if (na < 2) return FATHOM_ERR_NO_SAMPLES;

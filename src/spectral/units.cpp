@@ -74,7 +74,7 @@ void convert(const double* spectrum, std::size_t n, const Steps& steps, double* 
     }
     powers(spectrum + start, length, steps, power);
     if (steps.perMilliwatt) referToMilliwatt(power, length);
-    for (std::size_t i = 0; i < length; ++i) y[i] = fathom::log10(power[i]);
+    fathom::log10(power, length, y);
     multiply(y, length, steps.decibels);
   }
 }
