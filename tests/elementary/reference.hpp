@@ -203,8 +203,10 @@ struct Elementary {
 inline const std::vector<Elementary>& elementaryFunctions() {
   // As soon as a function is behind the door: FATHOM_DOOR(sin(x)) for null.
   static const std::vector<Elementary> functions = {
-      FATHOM_ONE(sin, FATHOM_DOOR(sin(x)), drawAngle, {{0x1.598bae9e632f6p-7, 0}, {0x1.6ac5b262ca1ffp+849, 0}}),
-      FATHOM_ONE(cos, FATHOM_DOOR(cos(x)), drawAngle, {{0x1.34ec2f9fc9cp+1, 0}, {0x1.6ac5b262ca1ffp+849, 0}}),
+      FATHOM_ONE(sin, FATHOM_DOOR(sin(x)), drawAngle,
+                 {{0x1.598bae9e632f6p-7, 0}, {0x1.6ac5b262ca1ffp+849, 0}}),
+      FATHOM_ONE(cos, FATHOM_DOOR(cos(x)), drawAngle,
+                 {{0x1.34ec2f9fc9cp+1, 0}, {0x1.6ac5b262ca1ffp+849, 0}}),
       FATHOM_ONE(
           tan, FATHOM_DOOR(tan(x)), drawAngle,
           {{0x1.dffffffffff1fp-22, 0}, {0x1.50486b2f87014p-5, 0}, {0x1.6ac5b262ca1ffp+849, 0}}),

@@ -5,32 +5,99 @@
 namespace fathom::test {
 namespace {
 
-Values angles() {
-  Values x = {0.0, -0.0, kPi, kTwoPi, 1e22, -1e300, kInf, kNan, 1e-310};
-  for (double v : uniform(500)) x.push_back(v * 100.0);
-  return x;
+// A function of one value or two beside its form for arrays.
+struct Forms {
+  const char* name;
+  double (*one)(double, double);
+  void (*array)(const double*, const double*, std::size_t, double*);
+};
+
+double sineOfPair(double x, double) {
+  double s = 0.0, c = 0.0;
+  sincos(x, s, c);
+  return s;
+}
+double cosineOfPair(double x, double) {
+  double s = 0.0, c = 0.0;
+  sincos(x, s, c);
+  return c;
 }
 
-// What the generators and transforms rely on: one value or an array, both functions at once or one
-// after the other, the bits are the same, and an array may be overwritten by its results.
-TEST(Elementary, EveryFormGivesTheSameBits) {
-  const Values x = angles();
-  Values s(x.size()), c(x.size()), s2 = x, c2 = x, e = x;
-  sincos(x.data(), x.size(), s.data(), c.data());
-  sin(s2.data(), x.size(), s2.data());
-  cos(c2.data(), x.size(), c2.data());
-  exp(e.data(), x.size(), e.data());
-  for (std::size_t i = 0; i < x.size(); ++i) {
-    EXPECT_TRUE(SameBits(s[i], std::sin(x[i])));
-    EXPECT_TRUE(SameBits(c[i], std::cos(x[i])));
-    EXPECT_TRUE(SameBits(s2[i], s[i]));
-    EXPECT_TRUE(SameBits(c2[i], c[i]));
-    EXPECT_TRUE(SameBits(e[i], exp(x[i])));
+#define FATHOM_FORMS(NAME)                                                                         \
+  {                                                                                                \
+#NAME, [](double x, double) { return fathom::NAME(x); },                                       \
+                                                          [](const double* x, const double*,       \
+                                                             std::size_t n,                        \
+                                                             double* y) { fathom::NAME(x, n, y); } \
+  }
+
+constexpr Forms kForms[] = {
+    FATHOM_FORMS(sin),
+    FATHOM_FORMS(cos),
+    FATHOM_FORMS(tan),
+    FATHOM_FORMS(exp),
+    FATHOM_FORMS(log),
+    FATHOM_FORMS(log10),
+    {"atan2", [](double y, double x) { return fathom::atan2(y, x); },
+     [](const double* y, const double* x, std::size_t n, double* z) { fathom::atan2(y, x, n, z); }},
+    {"pow", [](double x, double y) { return fathom::pow(x, y); },
+     [](const double* x, const double* y, std::size_t n, double* z) { fathom::pow(x, y, n, z); }},
+    {"pow of one exponent", [](double x, double) { return fathom::pow(x, 1.7); },
+     [](const double* x, const double*, std::size_t n, double* z) { fathom::pow(x, 1.7, n, z); }},
+    {"sin of sincos", sineOfPair,
+     [](const double* x, const double*, std::size_t n, double* s) {
+       Values c(n);
+       fathom::sincos(x, n, s, c.data());
+     }},
+    {"cos of sincos", cosineOfPair,
+     [](const double* x, const double*, std::size_t n, double* c) {
+       Values s(n);
+       fathom::sincos(x, n, s.data(), c);
+     }},
+};
+
+// Of values for the fast paths, of some for the slow ones at every place, and of those alone.
+std::vector<Values> arrays(std::size_t n, std::uint64_t seed) {
+  Values ordinary = uniform(n, seed);
+  for (double& v : ordinary) v = v * 30.0 + 35.0;
+  Values mixed = ordinary;
+  const Values other = awkward(n, seed);
+  for (std::size_t i = seed % 3; i < n; i += 3) mixed[i] = other[i];
+  std::vector<Values> all = {ordinary, mixed, awkward(n, seed)};
+  for (double slow : {1e300, -1e-310, 700.5, 1.0}) all.push_back(Values(n, slow));
+  return all;
+}
+
+TEST(Elementary, ArraysGiveTheBitsOfSingleValues) {
+  for (std::size_t n : sizes({0, 127, 128, 129, 257, 1000})) {
+    const Values y = awkward(n, n + 1);
+    for (const Values& x : arrays(n, n)) {
+      for (const Forms& f : kForms) {
+        Values expected(n);
+        for (std::size_t i = 0; i < n; ++i) expected[i] = f.one(x[i], y[i]);
+        Guarded result(n), overFirst(x), overSecond(y);
+        f.array(x.data(), y.data(), n, result);
+        f.array(overFirst, y.data(), n, overFirst);
+        f.array(x.data(), overSecond, n, overSecond);
+        for (const Guarded* r : {&result, &overFirst, &overSecond}) {
+          ASSERT_TRUE(SameBits(r->values(), expected) && r->intact()) << f.name << ' ' << n;
+        }
+      }
+    }
+  }
+}
+
+TEST(Elementary, PairIsSineAndCosine) {
+  for (double x : awkward(1000, 1)) {
+    for (double scale : {1.0, 1e3, 1e10}) {
+      EXPECT_TRUE(SameBits(sineOfPair(x * scale, 0.0), fathom::sin(x * scale)));
+      EXPECT_TRUE(SameBits(cosineOfPair(x * scale, 0.0), fathom::cos(x * scale)));
+    }
   }
 }
 
 TEST(Elementary, ConstantsAreTheNearestDoubles) {
-  EXPECT_EQ(kPi, std::acos(-1.0));
+  EXPECT_EQ(kPi, fathom::acos(-1.0));
   EXPECT_EQ(kTwoPi, 2.0 * kPi);
   EXPECT_EQ(kRadiansPerDegree, kPi / 180.0);
 }
