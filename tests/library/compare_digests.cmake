@@ -1,7 +1,5 @@
 # Runs digest programs and demands that they print the same.
-#   cmake "-DPROGRAMS=a;emulator b;..." [-DREDUCED=program] -P compare_digests.cmake
-# REDUCED is run twice, the second time with a C library that must do without fused multiply-add and
-# AVX2: only routines marked "libm" may then differ, and those that do are listed.
+#   cmake "-DPROGRAMS=a;emulator b;..." -P compare_digests.cmake
 cmake_policy(VERSION 3.20)
 
 function(run program result)
@@ -9,8 +7,7 @@ function(run program result)
   if(NOT EXISTS "${program}")
     separate_arguments(command UNIX_COMMAND "${program}")
   endif()
-  execute_process(COMMAND ${CMAKE_COMMAND} -E env ${ARGN} ${command} OUTPUT_VARIABLE text
-    RESULT_VARIABLE status)
+  execute_process(COMMAND ${command} OUTPUT_VARIABLE text RESULT_VARIABLE status)
   if(status EQUAL 77)
     message("${program}: not for this processor, left out")
     set(text "")
@@ -20,8 +17,7 @@ function(run program result)
   set(${result} "${text}" PARENT_SCOPE)
 endfunction()
 
-# Demands equal digests, line by line, but for lines that match `excepted`.
-function(compare name first second excepted)
+function(compare name first second)
   string(REPLACE "\n" ";" first "${first}")
   string(REPLACE "\n" ";" second "${second}")
   list(LENGTH first length)
@@ -36,10 +32,9 @@ function(compare name first second excepted)
     endif()
   endforeach()
   list(LENGTH differing count)
-  message("${name}: ${count} of ${length} digests differ: ${differing}")
-  list(FILTER differing EXCLUDE REGEX "${excepted}")
+  message("${name}: ${count} of ${length} lines differ")
   if(differing)
-    message(FATAL_ERROR "${name}: must not differ: ${differing}")
+    message(SEND_ERROR "${name}: ${differing}")
   endif()
 endfunction()
 
@@ -50,12 +45,6 @@ foreach(program IN LISTS PROGRAMS)
     set(reference "${text}")
     message("reference: ${program}")
   elseif(NOT text STREQUAL "")
-    compare("${program}" "${reference}" "${text}" "^$")
+    compare("${program}" "${reference}" "${text}")
   endif()
 endforeach()
-
-if(REDUCED)
-  run(${REDUCED} full)
-  run(${REDUCED} reduced GLIBC_TUNABLES=glibc.cpu.hwcaps=-AVX2,-FMA,-FMA4)
-  compare("C library without fused multiply-add" "${full}" "${reduced}" "^libm ")
-endif()

@@ -1,5 +1,4 @@
-// Prints the digest of every routine's results: "libm" or "own", the name, the digest. "libm" marks
-// those that pass through the C library's own elementary functions. Exit status 77 when the
+// Prints the digest of every routine's results: the name, the digest. Exit status 77 when the
 // processor lacks the level that the library was built for.
 #include <cinttypes>
 #include <cstdio>
@@ -28,8 +27,7 @@ bool processorHas(const std::string& level) {
 int main() {
   if (!processorHas(FATHOM_DIGEST_LEVEL)) return 77;
   for (const fathom::test::Routine& r : fathom::test::routines()) {
-    std::printf("%s %s %016" PRIx64 "\n", r.elementary ? "libm" : "own", r.name.c_str(),
-                fathom::test::digest(r));
+    std::printf("%s %016" PRIx64 "\n", r.name.c_str(), fathom::test::digest(r));
   }
   return 0;
 }

@@ -83,8 +83,6 @@ struct Routine {
   std::vector<Argument> arguments;
   std::function<AnalysisStatus(Slots&)> call;
 
-  // Its results pass through the C library's own elementary functions.
-  bool elementary = false;
   // Statuses when the first, second, ... request for memory fails; -20001 past the end.
   std::vector<AnalysisStatus> failedRequests = {};
   // What it may have written when a request fails.
