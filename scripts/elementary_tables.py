@@ -93,6 +93,14 @@ def polynomial(f, radius, degree, weight):
         return coefficients[::-1], nearest(worst * 1.01, 12)
 
 
+def coefficient_array(name, about, coefficients):
+    """Coefficients in ascending order, each beside its power."""
+    texts = [hexadecimal(c) + "," for c in coefficients]
+    width = max(map(len, texts))
+    lines = "".join(f"    {text:{width}}  // {power}\n" for power, text in enumerate(texts))
+    return f"// {about}\ninline constexpr double {name}[{len(texts)}] = {{\n{lines}}};\n"
+
+
 def exponential_table():
     rows = 256
     step = log(2) / rows
@@ -111,8 +119,8 @@ def exponential_table():
         f"inline constexpr double kStep = {hexadecimal(leading)};\n",
         f"inline constexpr double kStepRest = {hexadecimal(step - leading)};\n",
         f"inline constexpr double kStepsPerUnit = {hexadecimal(1 / step)};\n",
-        double_array("kPolynomial", ("(exp(r) - 1 - r) / r^2 for |r| < ln 2 / 512 + 2^-24, ascending;",),
-                     coefficients),
+        coefficient_array("kPolynomial", "(exp(r) - 1 - r) / r^2 for |r| < ln 2 / 512 + 2^-24,",
+                          coefficients),
         "// and what it is off by at most, times r^2.\n",
         f"inline constexpr double kPolynomialError = {hexadecimal(error)};\n",
         row_table("kExponentialTable",
@@ -161,7 +169,7 @@ def logarithm_table():
 
     square, square_error = polynomial(beyond(2), radius, 4, lambda z: 1)
     cube, cube_error = polynomial(beyond(3), radius, 4, lambda z: 1)
-    about = "(ln(1 + z) - z{}) / z^{} for |z| <= 2^-9, ascending;"
+    about = "(ln(1 + z) - z{}) / z^{} for |z| <= 2^-9,"
     ln2 = log(2)
     body = "".join((
         "inline constexpr std::size_t kLogarithmCells = 512;\n",
@@ -171,10 +179,10 @@ def logarithm_table():
         double_array("kInverseLn10", ("1 / ln 10 as a part of 26 bits and the rest,",),
                      parts(1 / log(10), 26, 53)),
         double_array("kInverseLn10Pair", ("and as two doubles.",), parts(1 / log(10), 53, 53)),
-        double_array("kFromSquare", (about.format("", 2),), square),
+        coefficient_array("kFromSquare", about.format("", 2), square),
         "// and what it is off by at most.\n",
         f"inline constexpr double kFromSquareError = {hexadecimal(square_error)};\n",
-        double_array("kFromCube", (about.format(" + z^2 / 2", 3),), cube),
+        coefficient_array("kFromCube", about.format(" + z^2 / 2", 3), cube),
         "// and what it is off by at most.\n",
         f"inline constexpr double kFromCubeError = {hexadecimal(cube_error)};\n",
         logarithm_rows(rows)))

@@ -14,12 +14,12 @@ inline constexpr std::size_t kExponentialRows = 256;
 inline constexpr double kStep = 0x1.62e42fef8p-9;
 inline constexpr double kStepRest = 0x1.1cf79abc9e3b4p-44;
 inline constexpr double kStepsPerUnit = 0x1.71547652b82fep8;
-// (exp(r) - 1 - r) / r^2 for |r| < ln 2 / 512 + 2^-24, ascending;
+// (exp(r) - 1 - r) / r^2 for |r| < ln 2 / 512 + 2^-24,
 inline constexpr double kPolynomial[4] = {
-    0x1.ffffffffffff5p-2,
-    0x1.5555555555552p-3,
-    0x1.555556b33827ep-5,
-    0x1.111111d90064cp-7,
+    0x1.ffffffffffff5p-2,  // 0
+    0x1.5555555555552p-3,  // 1
+    0x1.555556b33827ep-5,  // 2
+    0x1.111111d90064cp-7,  // 3
 };
 // and what it is off by at most, times r^2.
 inline constexpr double kPolynomialError = 0x1.4bap-70;

@@ -23,23 +23,23 @@ inline constexpr double kInverseLn10Pair[2] = {
     0x1.bcb7b1526e50ep-2,
     0x1.95355baaafad3p-57,
 };
-// (ln(1 + z) - z) / z^2 for |z| <= 2^-9, ascending;
+// (ln(1 + z) - z) / z^2 for |z| <= 2^-9,
 inline constexpr double kFromSquare[5] = {
-    -0x1p-1,
-    0x1.555555555279ep-2,
-    -0x1.fffffffffbp-3,
-    0x1.9999f507623c2p-3,
-    -0x1.5555a55565556p-3,
+    -0x1p-1,                // 0
+    0x1.555555555279ep-2,   // 1
+    -0x1.fffffffffbp-3,     // 2
+    0x1.9999f507623c2p-3,   // 3
+    -0x1.5555a55565556p-3,  // 4
 };
 // and what it is off by at most.
 inline constexpr double kFromSquareError = 0x1.27ep-52;
-// (ln(1 + z) - z + z^2 / 2) / z^3 for |z| <= 2^-9, ascending;
+// (ln(1 + z) - z + z^2 / 2) / z^3 for |z| <= 2^-9,
 inline constexpr double kFromCube[5] = {
-    0x1.5555555555555p-2,
-    -0x1.fffffffffbp-3,
-    0x1.999999999527dp-3,
-    -0x1.5555a55565556p-3,
-    0x1.24929041129bep-3,
+    0x1.5555555555555p-2,   // 0
+    -0x1.fffffffffbp-3,     // 1
+    0x1.999999999527dp-3,   // 2
+    -0x1.5555a55565556p-3,  // 3
+    0x1.24929041129bep-3,   // 4
 };
 // and what it is off by at most.
 inline constexpr double kFromCubeError = 0x1.184p-52;
