@@ -1,24 +1,49 @@
 // Patterns: one finished shape per call, nothing kept.
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 #include "fathom.h"
 #include "frame/elementary.hpp"
+#include "frame/multiversion.hpp"
+#include "frame/running_sum.hpp"
 
 namespace {
 
-// y[i] = value(t, sin t) with t = angle(i), i upward. A few angles are made at a time, so that
-// their arithmetic hides behind the sines of those before.
-template <typename Angle, typename Value>
-void fillFromSines(int32_t n, double* y, Angle angle, Value value) {
-  constexpr int32_t kTile = 16;
+// y from sines, a tile at a time: setAngles(start, count, tile), then finish(tile, count, sines).
+template <typename Angles, typename Finish>
+void fillFromSines(int32_t n, double* y, Angles setAngles, Finish finish) {
+  constexpr int32_t kTile = 512;
   double tile[kTile];
   for (int32_t start = 0; start < n;) {
     const int32_t count = std::min(kTile, n - start);
-    for (int32_t i = 0; i < count; ++i) tile[i] = angle(start + i);
-    for (int32_t i = 0; i < count; ++i) y[start + i] = value(tile[i], fathom::sin(tile[i]));
+    setAngles(start, count, tile);
+    fathom::sin(tile, static_cast<std::size_t>(count), y + start);
+    finish(tile, count, y + start);
     start += count;
   }
+}
+
+FATHOM_MULTIVERSION void multiply(double* x, int32_t n, double factor) {
+  for (int32_t i = 0; i < n; ++i) x[i] *= factor;
+}
+
+FATHOM_MULTIVERSION void chirpAngles(int32_t start, int32_t count, double k, double w,
+                                     double* angle) {
+  for (int32_t j = 0; j < count; ++j) {
+    const int32_t i = start + j;
+    angle[j] = (i * k + w) * i;
+  }
+}
+
+FATHOM_MULTIVERSION void sincAngles(int32_t start, int32_t count, double dt, double delay,
+                                    double* angle) {
+  for (int32_t j = 0; j < count; ++j) angle[j] = ((start + j) * dt - delay) * fathom::kPi;
+}
+
+FATHOM_MULTIVERSION void divideSines(const double* x, int32_t n, double amplitude, double* y) {
+  FATHOM_INDEPENDENT
+  for (int32_t i = 0; i < n; ++i) y[i] = x[i] == 0.0 ? amplitude : y[i] / x[i] * amplitude;
 }
 
 }  // namespace
@@ -27,25 +52,20 @@ AnalysisStatus SinePattern(int32_t n, double amplitude, double phase, double cyc
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   if (!(cycles <= n)) return FATHOM_ERR_CYCLES;
   const double step = fathom::kTwoPi * cycles / n;
+  double next = phase * fathom::kRadiansPerDegree;
   fillFromSines(
       n, y,
-      [step, next = phase * fathom::kRadiansPerDegree](int32_t) mutable {
-        const double angle = next;
-        next += step;
-        return angle;
+      [step, &next](int32_t, int32_t count, double* angle) {
+        next = fathom::runningSum(next, step, static_cast<std::size_t>(count), angle);
       },
-      [amplitude](double, double sine) { return amplitude * sine; });
+      [amplitude](double*, int32_t count, double* sine) { multiply(sine, count, amplitude); });
   return FATHOM_OK;
 }
 
 AnalysisStatus Ramp(int32_t n, double first, double last, double* y) {
   if (n < 2) return FATHOM_ERR_FEWER_THAN_TWO_SAMPLES;
   const double step = (last - first) / (n - 1);
-  double value = first;
-  for (int32_t k = 0; k < n; ++k) {
-    y[k] = value;
-    value += step;
-  }
+  fathom::runningSum(first, step, static_cast<std::size_t>(n), y);
   return FATHOM_OK;
 }
 
@@ -88,8 +108,11 @@ AnalysisStatus Chirp(int32_t n, double amplitude, double f1, double f2, double* 
   const double k = (f2 - f1) * fathom::kPi / n;
   const double w = fathom::kTwoPi * f1;
   fillFromSines(
-      n, y, [k, w](int32_t i) { return (i * k + w) * i; },
-      [amplitude](double, double sine) { return amplitude * sine; });
+      n, y,
+      [k, w](int32_t start, int32_t count, double* angle) {
+        chirpAngles(start, count, k, w, angle);
+      },
+      [amplitude](double*, int32_t count, double* sine) { multiply(sine, count, amplitude); });
   return FATHOM_OK;
 }
 
@@ -97,7 +120,12 @@ AnalysisStatus Sinc(int32_t n, double amplitude, double delay, double dt, double
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   if (!(dt > 0.0)) return FATHOM_ERR_INTERVAL;
   fillFromSines(
-      n, y, [dt, delay](int32_t i) { return (i * dt - delay) * fathom::kPi; },
-      [amplitude](double x, double sine) { return x == 0.0 ? amplitude : sine / x * amplitude; });
+      n, y,
+      [dt, delay](int32_t start, int32_t count, double* angle) {
+        sincAngles(start, count, dt, delay, angle);
+      },
+      [amplitude](double* x, int32_t count, double* sine) {
+        divideSines(x, count, amplitude, sine);
+      });
   return FATHOM_OK;
 }

@@ -8,13 +8,12 @@
 #include "frame/elementary.hpp"
 #include "frame/extended.hpp"
 #include "frame/multiversion.hpp"
+#include "frame/running_sum.hpp"
 
 namespace {
 
-// Samples per tile: for vector loops, and so few for a sine that the additions which advance the
-// phase hide behind the sines of the tile before.
-constexpr std::size_t kTile = 256;
-constexpr std::size_t kSineTile = 16;
+// Samples per tile.
+constexpr std::size_t kTile = 512;
 constexpr double kDegrees = 360.0;
 constexpr double kPerHalfCycle = 0.005555555555555556;  // 1 / 180
 
@@ -47,20 +46,19 @@ FATHOM_MULTIVERSION void reduceTile(double* p, std::size_t n, double period) {
 
 // Gives shape(tile, count, y) the phases from *phase on; leaves *phase, unreduced, at the sample
 // after the last.
-template <std::size_t tileSize = kTile, typename Shape>
+template <typename Shape>
 void generate(int32_t n, double step, double* phase, double* y, Shape shape) {
   const auto size = static_cast<std::size_t>(n);
-  double tile[tileSize];
-  for (std::size_t start = 0; start < size; start += tileSize) {
-    const std::size_t count = std::min(tileSize, size - start);
-    double at = *phase;
-    for (std::size_t i = 0; i < count; ++i) {
-      tile[i] = at;
-      at += step;
-    }
-    *phase = at;
+  double tile[kTile];
+  for (std::size_t start = 0; start < size; start += kTile) {
+    const std::size_t count = std::min(kTile, size - start);
+    *phase = fathom::runningSum(*phase, step, count, tile);
     shape(tile, count, y + start);
   }
+}
+
+FATHOM_MULTIVERSION void multiply(double* x, std::size_t n, double factor) {
+  for (std::size_t i = 0; i < n; ++i) x[i] *= factor;
 }
 
 FATHOM_MULTIVERSION void squareShape(const double* p, std::size_t n, double amplitude, double edge,
@@ -118,12 +116,11 @@ FATHOM_MULTIVERSION void interpolatedShape(const double* p, std::size_t n, doubl
 
 AnalysisStatus SineWave(int32_t n, double amplitude, double frequency, double* phase, double* y) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
-  const auto shape = [amplitude](const double* tile, std::size_t count, double* out) {
-    for (std::size_t i = 0; i < count; ++i) {
-      out[i] = amplitude * fathom::sin(tile[i] * fathom::kRadiansPerDegree);
-    }
-  };
-  generate<kSineTile>(n, frequency * kDegrees, phase, y, shape);
+  generate(n, frequency * kDegrees, phase, y, [=](double* tile, std::size_t count, double* out) {
+    multiply(tile, count, fathom::kRadiansPerDegree);
+    fathom::sin(tile, count, out);
+    multiply(out, count, amplitude);
+  });
   *phase = reduced(*phase, kDegrees);
   return FATHOM_OK;
 }

@@ -230,7 +230,9 @@ void transform(double* x, double* y, std::size_t n) {
     const double e = kTwoPi / static_cast<double>(span);
     double a = 0.0;
     for (std::size_t j = 0; j < span / 4; j += kTile) {
-      a = tile.fill(a, e, kTile, 0);
+      a = tile.setAngles(a, e, kTile, 0);
+      if (j == 0) tile.pad(0);
+      tile.evaluate(kTile, 0);
       stageTile(x, y, n, span, j, tile.twiddles(), kTile);
     }
   }
@@ -238,8 +240,10 @@ void transform(double* x, double* y, std::size_t n) {
   TwiddleStore<kBlockSpan / 2> table;
   const std::size_t largest = std::min(n, kBlockSpan);
   for (std::size_t quarter = largest / 4; quarter > 1; quarter /= 2) {
-    table.fill(0.0, kTwoPi / static_cast<double>(4 * quarter), quarter, quarter);
+    table.setAngles(0.0, kTwoPi / static_cast<double>(4 * quarter), quarter, quarter);
+    table.pad(quarter);
   }
+  if (largest > 4) table.evaluate(largest / 2 - 2, 2);
   if (n < kTileSide * kTileSide) {
     transformFew(x, y, n, table.twiddles());
     return;

@@ -10,6 +10,7 @@
 #include "fathom.h"
 #include "frame/elementary.hpp"
 #include "frame/multiversion.hpp"
+#include "frame/running_sum.hpp"
 #include "spectral/bit_reversal.hpp"
 
 namespace fathom {
@@ -126,16 +127,12 @@ void scale(double* x, std::size_t n, double factor) {
 }
 
 void transform(double* x, std::size_t n) {
-  double angle[kTile];
   for (std::size_t span = n; span > kBlockSpan; span /= 2) {
-    double c[kTile], s[kTile];
+    double angle[kTile], c[kTile], s[kTile];
     const double e = kTwoPi / static_cast<double>(span);
     double a = e;
     for (std::size_t j = 0; j < span / 4; j += kTile) {
-      for (double& v : angle) {
-        v = a;
-        a += e;
-      }
+      a = runningSum(a, e, kTile, angle);
       sincos(angle, kTile, s, c);
       stageTile(x, n, span / 2, j + 1, c, s);
     }
@@ -144,13 +141,9 @@ void transform(double* x, std::size_t n) {
   double c[2 * kTile], s[2 * kTile];
   for (std::size_t count = block / 4; count > 1; count /= 2) {
     const double e = kTwoPi / static_cast<double>(4 * count);
-    double a = e;
-    for (std::size_t j = 0; j < count; ++j) {
-      angle[j] = a;
-      a += e;
-    }
-    sincos(angle, count, s + count, c + count);
+    runningSum(e, e, count, c + count);
   }
+  if (block > 4) sincos(c + 2, block / 2 - 2, s + 2, c + 2);
   if (n < kTileSide * kTileSide) {
     transformSmall(x, n, c, s);
     return;

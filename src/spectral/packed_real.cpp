@@ -194,8 +194,9 @@ void largeStage(double* x, std::size_t n, std::size_t span, TileFunction tile) {
   double a = e;
   for (std::size_t j = 0; j < span / 8; j += kTile) {
     const bool last = j + kTile == span / 8;
-    a = store.fill(a, e, last ? kTile - 1 : kTile, 0);
+    a = store.setAngles(a, e, last ? kTile - 1 : kTile, 0);
     if (last) store.pad(kTile - 1);
+    store.evaluate(kTile, 0);
     tile(x, n, span, j + 1, store.twiddles());
   }
 }
@@ -205,9 +206,10 @@ using BlockTable = TwiddleStore<kBlockSpan / 4>;
 void fillTable(BlockTable& table, std::size_t span) {
   for (std::size_t half = span / 8; half > 1; half /= 2) {
     const double e = kTwoPi / static_cast<double>(8 * half);
-    table.fill(e, e, half - 1, half);
+    table.setAngles(e, e, half - 1, half);
     table.pad(2 * half - 1);
   }
+  if (span > 8) table.evaluate(span / 4 - 2, 2);
 }
 
 template <typename T>

@@ -6,6 +6,7 @@
 
 #include "frame/elementary.hpp"
 #include "frame/multiversion.hpp"
+#include "frame/running_sum.hpp"
 
 namespace fathom {
 
@@ -21,21 +22,26 @@ struct Twiddles {
 template <std::size_t size>
 class TwiddleStore {
  public:
-  // Entries at .. at + count for the angles a, a + e, ..., each the rounded sum of the one before
-  // and e; returns the one after them. In one loop, where the calls hide the additions' latency.
-  double fill(double a, double e, std::size_t count, std::size_t at) {
-    for (std::size_t j = at; j < at + count; ++j) {
-      sincos(a, sin1_[j], cos1_[j]);
-      sincos(3.0 * a, sin3_[j], cos3_[j]);
-      a += e;
-    }
-    return a;
+  // Entries at .. at + count: the angles a, a + e, ..., each the rounded sum of the one before and
+  // e, whose sines and cosines come with evaluate(). Returns the angle after them.
+  double setAngles(double a, double e, std::size_t count, std::size_t at) {
+    const double next = runningSum(a, e, count, cos1_ + at);
+    triple(cos1_ + at, count, cos3_ + at);
+    return next;
   }
-  // An entry whose products are never used.
-  void pad(std::size_t at) { cos1_[at] = sin1_[at] = cos3_[at] = sin3_[at] = 0.0; }
+  // An entry whose products are never used, at the angle 1.
+  void pad(std::size_t at) { cos1_[at] = cos3_[at] = 1.0; }
+  void evaluate(std::size_t count, std::size_t at) {
+    sincos(cos1_ + at, count, sin1_ + at, cos1_ + at);
+    sincos(cos3_ + at, count, sin3_ + at, cos3_ + at);
+  }
   Twiddles twiddles() const { return {cos1_, sin1_, cos3_, sin3_}; }
 
  private:
+  static void triple(const double* a, std::size_t count, double* tripled) {
+    for (std::size_t j = 0; j < count; ++j) tripled[j] = 3.0 * a[j];
+  }
+
   // A cache line more than needed: arrays a power of two apart would compete for the same sets.
   static constexpr std::size_t kLength = size + 8;
   alignas(64) double cos1_[kLength], sin1_[kLength], cos3_[kLength], sin3_[kLength];

@@ -7,6 +7,7 @@
 #include "fathom.h"
 #include "frame/elementary.hpp"
 #include "frame/multiversion.hpp"
+#include "frame/running_sum.hpp"
 
 namespace {
 
@@ -17,10 +18,8 @@ using fathom::kTwoPi;
 class Running {
  public:
   Running(double first, double step) : value_(first), step_(step) {}
-  double next() {
-    const double value = value_;
-    value_ += step_;
-    return value;
+  void next(std::size_t count, double* values) {
+    value_ = fathom::runningSum(value_, step_, count, values);
   }
 
  private:
@@ -28,30 +27,53 @@ class Running {
   double step_;
 };
 
-// Multiplies front[k] and back[-k], for k = 1 ... pairs, by weight(). One pair after another is the
-// quickest: the additions and products hide behind the sine or cosine that a weight takes.
-template <typename Weight>
-void walkInward(double* front, double* back, int32_t pairs, Weight weight) {
-  for (int32_t k = 1; k <= pairs; ++k) {
-    const double w = weight();
-    *++front *= w;
-    *--back *= w;
+// Weights are made a tile at a time.
+constexpr std::size_t kTile = 512;
+
+FATHOM_MULTIVERSION void multiplyInward(double* front, double* back, std::size_t pairs,
+                                        const double* weight) {
+  for (std::size_t k = 0; k < pairs; ++k) front[k] *= weight[k];
+  for (std::size_t k = 0; k < pairs; ++k) back[-static_cast<std::ptrdiff_t>(k)] *= weight[k];
+}
+
+// Multiplies front[k] and back[-k], for k = 1 ... pairs, by the weights that one call after another
+// of weights(count, tile) gives.
+template <typename Weights>
+void walkInward(double* front, double* back, int32_t pairs, Weights weights) {
+  double tile[kTile];
+  std::size_t left = pairs > 0 ? static_cast<std::size_t>(pairs) : 0;
+  while (left > 0) {
+    const std::size_t count = std::min(left, kTile);
+    weights(count, tile);
+    multiplyInward(front + 1, back - 1, count, tile);
+    front += count;
+    back -= count;
+    left -= count;
   }
 }
 
 // The walk over x[k] and x[n - k]: x[0] has no partner, nor has x[n / 2] of an even count.
-template <typename Weight>
-void walkSymmetric(double* x, int32_t n, Weight weight) {
-  walkInward(x, x + n, (n - 1) / 2, weight);
+template <typename Weights>
+void walkSymmetric(double* x, int32_t n, Weights weights) {
+  walkInward(x, x + n, (n - 1) / 2, weights);
+}
+
+FATHOM_MULTIVERSION void multiply(double* x, const double* factor, std::size_t n) {
+  for (std::size_t i = 0; i < n; ++i) x[i] *= factor[i];
+}
+
+FATHOM_MULTIVERSION void square(double* x, std::size_t n) {
+  for (std::size_t i = 0; i < n; ++i) x[i] *= x[i];
 }
 
 // sin(t)^2 for t = step, step + step, ...
 class SineSquared {
  public:
   explicit SineSquared(double step) : angle_(step, step) {}
-  double operator()() {
-    const double s = fathom::sin(angle_.next());
-    return s * s;
+  void operator()(std::size_t count, double* weight) {
+    angle_.next(count, weight);
+    fathom::sin(weight, count, weight);
+    square(weight, count);
   }
 
  private:
@@ -74,15 +96,26 @@ constexpr CosineRow kBlackmanHarris = {0.34401, 0.49755, 0.15844, 0.004900000000
 constexpr CosineRow kFlatTop = {0.08302489390000001, 0.5208971735, 0.3960779326,
                                 -0.041794346999999954};
 
+FATHOM_MULTIVERSION void cosineWeights(const CosineRow& row, double* c, std::size_t n) {
+  const double a = row.a, b = row.b, d = row.d;
+  for (std::size_t i = 0; i < n; ++i) c[i] = (a - b * c[i]) + (d * c[i]) * c[i];
+}
+
 AnalysisStatus applyRow(double* x, int32_t n, const CosineRow& row) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   x[0] *= row.edge;
   const double step = kTwoPi / n;
-  walkSymmetric(x, n, [row, angle = Running(step, step)]() mutable {
-    const double c = fathom::cos(angle.next());
-    return (row.a - row.b * c) + (row.d * c) * c;
+  walkSymmetric(x, n, [row, angle = Running(step, step)](std::size_t count, double* w) mutable {
+    angle.next(count, w);
+    fathom::cos(w, count, w);
+    cosineWeights(row, w, count);
   });
   return FATHOM_OK;
+}
+
+// y += factor x. A factor's sign may go with the product's.
+FATHOM_MULTIVERSION void addTo(double* y, const double* x, double factor, std::size_t n) {
+  for (std::size_t i = 0; i < n; ++i) y[i] += factor * x[i];
 }
 
 constexpr double kBesselTolerance = 1e-8;
@@ -121,29 +154,27 @@ double besselI0(double x) {
   return sums[0];
 }
 
-// I0(beta sqrt(1 - t^2)) / I0(beta) for t = 1 - step, 1 - step - step, ..., some ahead of need.
+// I0(beta sqrt(1 - t^2)) / I0(beta) for t = 1 - step, 1 - step - step, ...
 class Kaiser {
  public:
   Kaiser(double beta, double peak, double step) : beta_(beta), peak_(peak), t_(1.0 - step, -step) {}
-  double operator()() {
-    if (used_ == kLanes) {
-      double arguments[kLanes];
-      for (double& argument : arguments) {
-        const double t = t_.next();
-        argument = beta_ * fathom::sqrt(1.0 - t * t);
+  void operator()(std::size_t count, double* weight) {
+    for (std::size_t start = 0; start < count; start += kLanes) {
+      const std::size_t size = std::min(kLanes, count - start);
+      double arguments[kLanes] = {}, sums[kLanes];
+      t_.next(size, arguments);
+      for (std::size_t i = 0; i < size; ++i) {
+        arguments[i] = beta_ * fathom::sqrt(1.0 - arguments[i] * arguments[i]);
       }
-      besselI0(arguments, sums_);
-      used_ = 0;
+      besselI0(arguments, sums);
+      for (std::size_t i = 0; i < size; ++i) weight[start + i] = sums[i] / peak_;
     }
-    return sums_[used_++] / peak_;
   }
 
  private:
   double beta_;
   double peak_;
   Running t_;
-  double sums_[kLanes];
-  std::size_t used_ = kLanes;
 };
 
 }  // namespace
@@ -185,16 +216,16 @@ AnalysisStatus GenCosWin(double* x, int32_t n, const double* a, int32_t m) {
   }
   x[0] *= edge;
   const double step = kTwoPi / n;
-  walkSymmetric(x, n, [a, m, angle = Running(step, step)]() mutable {
-    const double theta = angle.next();
-    double multiple = 0.0;
-    double w = a[0];
+  walkSymmetric(x, n, [a, m, angle = Running(step, step)](std::size_t count, double* w) mutable {
+    double theta[kTile], multiple[kTile], cosine[kTile];
+    angle.next(count, theta);
+    std::fill_n(multiple, count, 0.0);
+    std::fill_n(w, count, a[0]);
     for (int32_t j = 1; j < m; ++j) {
-      multiple += theta;
-      const double term = a[j] * fathom::cos(multiple);
-      w += j % 2 == 0 ? term : -term;
+      addTo(multiple, theta, 1.0, count);
+      fathom::cos(multiple, count, cosine);
+      addTo(w, cosine, j % 2 == 0 ? a[j] : -a[j], count);
     }
-    return w;
   });
   if (n % 2 == 0) x[n / 2] *= middle;
   return FATHOM_OK;
@@ -213,7 +244,9 @@ AnalysisStatus TriWin(double* x, int32_t n) {
   x[0] = 0.0;
   const int32_t half = n / 2;
   const double step = 1.0 / half;  // infinite for n = 1, which has no pairs
-  walkSymmetric(x, n, [factor = Running(step, step)]() mutable { return factor.next(); });
+  walkSymmetric(x, n, [factor = Running(step, step)](std::size_t count, double* w) mutable {
+    factor.next(count, w);
+  });
   return FATHOM_OK;
 }
 
@@ -229,7 +262,14 @@ AnalysisStatus CosTaperedWin(double* x, int32_t n) {
 AnalysisStatus ExpWin(double* x, int32_t n, double finalValue) {
   if (n < 2) return FATHOM_ERR_FEWER_THAN_TWO_SAMPLES;
   Running exponent(0.0, fathom::log(finalValue) / (n - 1));
-  for (int32_t k = 0; k < n; ++k) x[k] *= fathom::exp(exponent.next());
+  const auto size = static_cast<std::size_t>(n);
+  double weight[kTile];
+  for (std::size_t start = 0; start < size; start += kTile) {
+    const std::size_t count = std::min(kTile, size - start);
+    exponent.next(count, weight);
+    fathom::exp(weight, count, weight);
+    multiply(x + start, weight, count);
+  }
   return FATHOM_OK;
 }
 

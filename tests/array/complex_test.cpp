@@ -93,7 +93,7 @@ C plain(char operation, double a, double b, double c, double d) {
   if (operation == '*') return {a * c - b * d, a * d + b * c};
   if (operation == '/') return C(a * c + b * d, b * c - a * d) / (c * c + d * d);
   if (operation == 'l') return {(a * 0.7 - b * -1.9) + -0.3, (a * -1.9 + b * 0.7) + 1e3};
-  if (operation == 'r') return {std::cos(b) * a, std::sin(b) * a};
+  if (operation == 'r') return {fathom::cos(b) * a, fathom::sin(b) * a};
   if ((std::isnan(a) || a == 0.0) && (std::isnan(b) || b == 0.0)) return 0.0;
   return {std::sqrt(a * a + b * b), fathom::atan2(b, a)};
 }

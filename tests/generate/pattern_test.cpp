@@ -17,12 +17,12 @@ TEST(Pattern, AnglesEqualThePlainLoop) {
       EXPECT_EQ(Sinc(n, -2.5, f * 0.5, 0.25, sinc), FATHOM_OK);
       double phi = 30.0 * 0.017453292519943295;
       for (int32_t i = 0; i < n; ++i) {
-        sineExpected.push_back(2.5 * std::sin(phi));
+        sineExpected.push_back(2.5 * fathom::sin(phi));
         phi += kTwoPi * cycles / n;
         const double k = (f - 0.01) * kPi / n;
-        chirpExpected.push_back(2.5 * std::sin((i * k + kTwoPi * 0.01) * i));
+        chirpExpected.push_back(2.5 * fathom::sin((i * k + kTwoPi * 0.01) * i));
         const double x = (i * 0.25 - f * 0.5) * kPi;
-        sincExpected.push_back(x == 0.0 ? -2.5 : std::sin(x) / x * -2.5);
+        sincExpected.push_back(x == 0.0 ? -2.5 : fathom::sin(x) / x * -2.5);
       }
       EXPECT_TRUE(number ? SameBits(sine.values(), sineExpected)
                          : ::testing::AssertionResult(sine.untouched()));

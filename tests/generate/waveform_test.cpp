@@ -1,3 +1,4 @@
+#include "frame/elementary.hpp"
 #include "frame/extended.hpp"
 #include "support/testing.hpp"
 
@@ -56,7 +57,7 @@ void compare(const std::string& name, const Wave& wave,
 }
 
 TEST(Waveform, ShapesEqualThePlainLoop) {
-  compare("sine", SineWave, [](double p) { return std::sin(p * 0.017453292519943295); });
+  compare("sine", SineWave, [](double p) { return fathom::sin(p * 0.017453292519943295); });
   compare("triangle", TriangleWave, [](double p) {
     const double t = plainReduced(p, 360.0) * 0.005555555555555556;
     if (t < 0.5) return 2 * t;

@@ -2,11 +2,12 @@
 #ifndef FATHOM_TESTS_SPECTRAL_PLAIN_TRANSFORMS_HPP
 #define FATHOM_TESTS_SPECTRAL_PLAIN_TRANSFORMS_HPP
 
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
 #include <vector>
+
+#include "frame/elementary.hpp"
 
 namespace fathom::test::plain {
 
@@ -52,7 +53,8 @@ inline void fft(std::vector<double>& x, std::vector<double>& y) {
     double a = 0.0;
     for (Index j = 0; j < n4; ++j) {
       const double a3 = 3.0 * a;
-      const double c1 = std::cos(a), s1 = std::sin(a), c3 = std::cos(a3), s3 = std::sin(a3);
+      const double c1 = fathom::cos(a), s1 = fathom::sin(a), c3 = fathom::cos(a3),
+                   s3 = fathom::sin(a3);
       a += e;
       splitRadixBlocks(n, n2, j, [&](Index i0) {
         const Index i1 = i0 + n4, i2 = i1 + n4, i3 = i2 + n4;
@@ -107,7 +109,8 @@ inline void packedRealFft(std::vector<double>& x) {
     double a = e;
     for (Index j = 1; j < n8; ++j, a += e) {
       const double a3 = 3.0 * a;
-      const double c1 = std::cos(a), s1 = std::sin(a), c3 = std::cos(a3), s3 = std::sin(a3);
+      const double c1 = fathom::cos(a), s1 = fathom::sin(a), c3 = fathom::cos(a3),
+                   s3 = fathom::sin(a3);
       splitRadixBlocks(n, n2, 0, [&](Index i0) {
         double *p = &x[i0 + j], *q = &x[i0 + n4 - j];
         const double p0 = p[0], p1 = p[n4], p2 = p[2 * n4], p3 = p[3 * n4];
@@ -154,7 +157,8 @@ inline void packedRealInvFft(std::vector<double>& x) {
     double a = e;
     for (Index j = 1; j < n8; ++j, a += e) {
       const double a3 = 3.0 * a;
-      const double c1 = std::cos(a), s1 = std::sin(a), c3 = std::cos(a3), s3 = std::sin(a3);
+      const double c1 = fathom::cos(a), s1 = fathom::sin(a), c3 = fathom::cos(a3),
+                   s3 = fathom::sin(a3);
       splitRadixBlocks(n, n2, 0, [&](Index i0) {
         double *p = &x[i0 + j], *q = &x[i0 + n4 - j];
         const double t1 = p[0] - q[n4], t2 = q[0] - p[n4];
@@ -190,7 +194,7 @@ inline void fht(std::vector<double>& x) {
     }
     double a = e;
     for (Index j = 1; j < half / 2; ++j, a += e) {
-      const double c = std::cos(a), s = std::sin(a);
+      const double c = fathom::cos(a), s = fathom::sin(a);
       for (Index b = 0; b < n; b += span) {
         const Index p = b + half + j, q = b + span - j;
         const double t = x[p];

@@ -33,7 +33,7 @@ void multiplyPairs(Values& x, double first, double step, Weight weight) {
 }
 
 double sineSquared(double t) {
-  return std::sin(t) * std::sin(t);
+  return fathom::sin(t) * fathom::sin(t);
 }
 
 TEST(Window, CosineSumsEqualThePlainLoop) {
@@ -57,7 +57,7 @@ TEST(Window, CosineSumsEqualThePlainLoop) {
       const double step = kTwoPi / count(x);
       x[0] *= row.edge;
       multiplyPairs(x, step, step, [&](double theta) {
-        const double c = std::cos(theta);
+        const double c = fathom::cos(theta);
         return (row.a - row.b * c) + (row.d * c) * c;
       });
     });
@@ -70,7 +70,7 @@ TEST(Window, CosineSumsEqualThePlainLoop) {
       for (std::size_t j = 1; j < static_cast<std::size_t>(m); ++j) {
         angle += theta;
         factor *= sign;
-        w += factor * (a[j] * std::cos(angle));
+        w += factor * (a[j] * fathom::cos(angle));
       }
       return w;
     };
@@ -141,7 +141,7 @@ TEST(Window, OtherShapesEqualThePlainLoop) {
           const double step = std::log(last) / (count(x) - 1);
           double e = 0.0;
           for (double& v : x) {
-            v *= std::exp(e);
+            v *= fathom::exp(e);
             e += step;
           }
         },

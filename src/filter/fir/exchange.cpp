@@ -244,9 +244,10 @@ void makeGrid(const FirBands& bands, int32_t n, DenseGrid& grid) {
 
 void toCosineSeries(const FirBands& bands, int32_t n, DenseGrid& grid) {
   const bool odd = n % 2 != 0;
+  for (std::size_t i = 0; i < grid.count; ++i) grid.x[i] = kTwoPi * grid.f[i];
+  cos(grid.x.data(), grid.count, grid.x.data());
   for (std::size_t i = 0; i < grid.count; ++i) {
     const double f = grid.f[i];
-    grid.x[i] = cos(kTwoPi * f);
     if (bands.symmetric() && odd) continue;
     const double factor = bands.symmetric() ? cos(kPi * f) : (odd ? sin(kTwoPi * f) : sin(kPi * f));
     grid.desired[i] /= factor;
@@ -361,8 +362,9 @@ void cosineSeries(Interpolant& p, const double* weight, std::size_t terms, doubl
   double* correction = cosines + period;
   double* target = correction + terms;
   for (std::size_t m = 0; m < period; ++m) {
-    cosines[m] = cos(kTwoPi * (static_cast<double>(m) / static_cast<double>(period)));
+    cosines[m] = kTwoPi * (static_cast<double>(m) / static_cast<double>(period));
   }
+  cos(cosines, period, cosines);
   std::fill_n(x, wholeTiles(terms), 1.0);
   std::copy_n(cosines, terms, x);
   std::copy_n(p.y.data(), p.count, target);

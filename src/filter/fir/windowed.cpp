@@ -1,40 +1,52 @@
 // Linear-phase FIR filters from the ideal response, cut off or weighted by a window (L. R. Rabiner
 // and B. Gold, "Theory and Application of Digital Signal Processing", 1975).
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
 #include "fathom.h"
 #include "frame/elementary.hpp"
 #include "frame/extended.hpp"
+#include "frame/running_sum.hpp"
 #include "frame/workspace.hpp"
 
 namespace {
 
-// The argument of an edge's sine, tap by tap towards the centre.
-class Angle {
+constexpr std::size_t kTile = 128;
+
+// The sines of an edge, tap by tap towards the centre.
+class Sines {
  public:
-  Angle(double w, double lengthLessOne) : w_(w), t_(-w * lengthLessOne * 0.5) {}
-  double nextSine() {
-    const double t = t_;
-    t_ += w_;
-    return fathom::sin(t);
+  Sines(double w, double lengthLessOne) : w_(w), t_(-w * lengthLessOne * 0.5) {}
+  void next(std::size_t count, double* sine) {
+    t_ = fathom::runningSum(t_, w_, count, sine);
+    fathom::sin(sine, count, sine);
   }
 
  private:
   double w_, t_;
 };
 
-// Both halves of the taps, from the numerators of the sines over pi times the tap's distance from
-// the centre; the middle one, which an even number has not, is given.
-template <typename Numerator>
-void fill(int32_t n, double* h, double centre, Numerator numerator) {
+// Both halves of the taps: sines less others, of which either may be left out, over pi times the
+// tap's distance from the centre. The middle tap, which an even number has not, is given.
+void fill(int32_t n, double* h, double centre, Sines* plus, Sines* minus) {
+  const auto size = static_cast<std::size_t>(n);
   const double lengthLessOne = n - 1;
   double d = lengthLessOne * -fathom::kPi * 0.5;
-  for (int32_t k = 0; k < n / 2; ++k) {
-    h[k] = h[n - 1 - k] = numerator() / d;
-    d += fathom::kPi;
+  double numerator[kTile], subtrahend[kTile], distance[kTile];
+  for (std::size_t start = 0; start < size / 2; start += kTile) {
+    const std::size_t count = std::min(kTile, size / 2 - start);
+    d = fathom::runningSum(d, fathom::kPi, count, distance);
+    if (plus != nullptr) plus->next(count, numerator);
+    if (minus != nullptr) minus->next(count, subtrahend);
+    for (std::size_t i = 0; i < count; ++i) {
+      const double difference = minus == nullptr  ? numerator[i]
+                                : plus == nullptr ? -subtrahend[i]
+                                                  : numerator[i] - subtrahend[i];
+      h[start + i] = h[size - 1 - start - i] = difference / distance[i];
+    }
   }
-  if (n % 2 != 0) h[n / 2] = centre;
+  if (n % 2 != 0) h[size / 2] = centre;
 }
 
 void idealResponse(int32_t type, double fs, double low, double high, int32_t n, double* h) {
@@ -42,19 +54,19 @@ void idealResponse(int32_t type, double fs, double low, double high, int32_t n, 
   const bool oneEdge = type == FATHOM_LOWPASS || type == FATHOM_HIGHPASS;
   const double wl = fathom::kTwoPi * low / fs, wh = oneEdge ? 0.0 : fathom::kTwoPi * high / fs;
   const double share = ((oneEdge ? wl : wh - wl) * kOneOverPi).toDouble();
-  Angle lower(wl, n - 1), upper(wh, n - 1);
+  Sines lower(wl, n - 1), upper(wh, n - 1);
   switch (type) {
     case FATHOM_LOWPASS:
-      fill(n, h, share, [&] { return lower.nextSine(); });
+      fill(n, h, share, &lower, nullptr);
       break;
     case FATHOM_HIGHPASS:
-      fill(n, h, 1.0 - share, [&] { return -lower.nextSine(); });
+      fill(n, h, 1.0 - share, nullptr, &lower);
       break;
     case FATHOM_BANDPASS:
-      fill(n, h, share, [&] { return upper.nextSine() - lower.nextSine(); });
+      fill(n, h, share, &upper, &lower);
       break;
     default:
-      fill(n, h, 1.0 - share, [&] { return lower.nextSine() - upper.nextSine(); });
+      fill(n, h, 1.0 - share, &lower, &upper);
       break;
   }
 }

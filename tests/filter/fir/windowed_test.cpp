@@ -13,8 +13,8 @@ Values plain(int32_t type, double fs, double low, double high, int32_t n) {
   double t1 = -w1 * (n - 1) * 0.5, t2 = -w2 * (n - 1) * 0.5, d = (n - 1) * -kPi * 0.5;
   Values h(static_cast<std::size_t>(n));
   for (std::size_t k = 0; k < h.size() / 2; ++k, t1 += w1, t2 += w2, d += kPi) {
-    double numerator = one ? std::sin(t1) : std::sin(t2) - std::sin(t1);
-    if (type % 2 == 1) numerator = one ? -std::sin(t1) : std::sin(t1) - std::sin(t2);
+    double numerator = one ? fathom::sin(t1) : fathom::sin(t2) - fathom::sin(t1);
+    if (type % 2 == 1) numerator = one ? -fathom::sin(t1) : fathom::sin(t1) - fathom::sin(t2);
     h[k] = h[h.size() - 1 - k] = numerator / d;
   }
   const double share = ((one ? w1 : w2 - w1) * kOneOverPi).toDouble();

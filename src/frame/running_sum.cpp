@@ -1,0 +1,58 @@
+// Running sums. Within a binade, sums are multiples of one unit in the last place, and every
+// addition adds the same increment: the multiple of the unit that is nearest to the step. So value
+// + i increment, of which no part is rounded, is the i-th sum.
+#include "frame/running_sum.hpp"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+
+#include "frame/elementary.hpp"
+#include "frame/multiversion.hpp"
+
+namespace fathom {
+namespace {
+
+// Runs are not worth their set-up below the one, and counted in 32 bits up to the other.
+constexpr std::size_t kShortRun = 32;
+constexpr double kLongRun = 0x1p30;
+
+// How many sums from `value` on certainly lie an increment apart.
+std::size_t steadyRun(double value, double step, double increment) {
+  const double magnitude = fabs(value);
+  const double power = std::bit_cast<double>(std::bit_cast<std::uint64_t>(magnitude) &
+                                             0x7FF0'0000'0000'0000);  // at most the magnitude
+  if (!(power >= 0x1p-900 && magnitude < 0x1p900)) return 0;
+  // A step halfway between two multiples would be rounded to even, to one side and the other.
+  if (!(fabs(step - increment) < power * 0x1p-53)) return 0;
+  const bool outward = (increment < 0.0) == (value < 0.0);
+  const double room = outward ? 2.0 * power - magnitude : magnitude - power;
+  const double stride = std::max(fabs(increment), power * 0x1p-52);
+  return static_cast<std::size_t>(std::max(std::min(room / stride, kLongRun) - 1.0, 0.0));
+}
+
+FATHOM_MULTIVERSION void fillSteadyRun(double value, double increment, std::int32_t n, double* y) {
+  for (std::int32_t i = 0; i < n; ++i) y[i] = value + i * increment;
+}
+
+}  // namespace
+
+double runningSum(double value, double step, std::size_t n, double* y) {
+  for (std::size_t i = 0; i < n;) {
+    const double increment = (value + step) - value;
+    const std::size_t run = std::min(steadyRun(value, step, increment), n - i);
+    if (run >= kShortRun) {
+      fillSteadyRun(value, increment, static_cast<std::int32_t>(run), y + i);
+      i += run;
+      value = y[i - 1] + step;
+      continue;
+    }
+    for (const std::size_t end = std::min(i + kShortRun, n); i < end; ++i) {
+      y[i] = value;
+      value += step;
+    }
+  }
+  return value;
+}
+
+}  // namespace fathom
