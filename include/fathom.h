@@ -4333,8 +4333,8 @@ FATHOM_API AnalysisStatus NonLinearFit(const double* x, const double* y, int32_t
  * differences. Coefficients in which the model turns out to be linear are eliminated: for every
  * step of the others they are solved for anew. Two Newton steps in a row are extrapolated. The fit
  * ends where a step promises to shorten the residual by less than 10^-9 of itself, or by less than
- * rounding allows; as a rule the coefficients then have 8 digits or more. docs/fits.md has the
- * digits for reference data.
+ * rounding allows; as a rule the coefficients then have 8 digits or more: docs/fits_nonlinear.md has
+ * the digits for reference data.
  *
  * An iteration is one set of derivatives and the steps that are tried with it. It calls the model
  * at all points twice for every coefficient that is not eliminated, then for every step once, and,
