@@ -12,6 +12,8 @@
 // Error, relative to the result: u as a pair 2^-101; of the polynomial, whose terms beyond u are at
 // most 2^-19.5 |u|, five roundings 2^-70.2, the low half of u that is left out of the cube 2^-71,
 // the term u^9/9 2^-75; table and sums 2^-103. Together below 2^-69.
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -51,7 +53,9 @@ FATHOM_INLINE RoundedResult angle(DoubleDouble y, DoubleDouble x, double xSign) 
   const DoubleDouble big = {steep ? y.high : x.high, steep ? y.low : x.low};
 
   const double shifted = small.high / big.high * 256.0 + kToInteger;
-  const std::uint64_t row = std::bit_cast<std::uint64_t>(shifted) & 511;
+  // At most 256; NaN, of arguments that are not served, needs a row, too.
+  const std::uint64_t row =
+      std::min(std::bit_cast<std::uint64_t>(shifted) & 511, std::uint64_t{256});
   const double c = (shifted - kToInteger) * 0x1p-8;
 
   const DoubleDouble bigParts = split(big.high);

@@ -30,7 +30,9 @@ class Random {
   }
   bool coin() { return (bits() & 1) != 0; }
   int integer(int first, int last) {
-    return first + static_cast<int>(bits() % static_cast<std::uint64_t>(last - first + 1));
+    const std::int64_t count = std::int64_t{last} - first + 1;
+    return static_cast<int>(first +
+                            static_cast<std::int64_t>(bits() % static_cast<std::uint64_t>(count)));
   }
   double uniform(double below, double above) {
     return below + (above - below) * (static_cast<double>(bits() >> 11) * 0x1p-53);
