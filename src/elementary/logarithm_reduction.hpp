@@ -33,7 +33,9 @@ struct LogarithmRows {
   alignas(64) TableRow reduction[kElementaryBlock];
   alignas(64) TableRow logarithm[kElementaryBlock];
 
-  LogarithmRow operator[](std::size_t i) const { return {reduction[i], logarithm[i]}; }
+  FATHOM_INLINE LogarithmRow operator[](std::size_t i) const {
+    return {reduction[i], logarithm[i]};
+  }
 };
 
 // n is a multiple of 2.

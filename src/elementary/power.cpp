@@ -22,8 +22,9 @@ namespace {
 //
 // The head is a product of 26 bits by 26, exact. Of the tail, below 2^-24 |head| + |y z^3| / 2, the
 // product of the two low parts is rounded, as are its second factor and the sum: below 2^-76 |head|
-// + 2^-53 |y z^3|, and the logarithm itself by 2^-51 |y z^3|. Two roundings in the exponential and
-// the factor below 2 of its table make 2^-74 |head| + 2^-49 |y z^3| of it.
+// + 1.1 2^-53 |y z^3|. The logarithm itself is off by 5 2^-53 |y z^3|, two roundings of the tail in
+// the exponential add as much as those here, and the factor below 2 of its table makes 2^-74 |head|
+// + 2^-49 |y z^3| of it.
 struct ScaledLogarithm {
   double head;
   double tail;
@@ -69,7 +70,7 @@ FATHOM_INLINE RoundedResult fastPower(double x, double y, const ScaledLogarithm&
 // Base and exponent of a block are arrays or one value for all.
 struct OneValue {
   double value;
-  double operator[](std::size_t /*i*/) const { return value; }
+  FATHOM_INLINE double operator[](std::size_t /*i*/) const { return value; }
 };
 
 template <typename Base, typename Exponent>

@@ -1,3 +1,4 @@
+#include "frame/elementary.hpp"
 #include "frame/extended.hpp"
 #include "support/testing.hpp"
 
@@ -5,13 +6,13 @@ namespace fathom::test {
 namespace {
 
 double plain(double v, bool first, int kind, int scale, int unit, double k) {
-  if (kind == 2) return scale != 0 ? 20.0 * std::log10(std::fabs(v)) : v;
+  if (kind == 2) return scale != 0 ? 20.0 * fathom::log10(std::fabs(v)) : v;
   if (kind != 0) v = v * v;
   if (unit & 4) v = v * k;
   if ((unit & 1) && scale != 2 && !first) v = v * 2.0;
   if (!(unit & 2) && scale == 0) v = std::sqrt(std::fabs(v));
   if (scale == 2) v = (SoftExtended({0xD2634D974F9C572Fu, -63}) * std::fabs(v)).toDouble();
-  return scale == 1 || scale == 2 ? 10.0 * std::log10(std::fabs(v)) : v;
+  return scale == 1 || scale == 2 ? 10.0 * fathom::log10(std::fabs(v)) : v;
 }
 
 const char* const kSuffixes[] = {"rms",      "pk",      "rms^2",    "pk^2",

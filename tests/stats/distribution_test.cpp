@@ -1,5 +1,6 @@
 #include <ctime>
 
+#include "frame/elementary.hpp"
 #include "support/testing.hpp"
 
 namespace fathom::test {
@@ -24,7 +25,7 @@ constexpr auto inverseXX = kValue<InvXX_Dist>;
 // The sums in full, one term after another.
 double chiSquarePlainly(double x, int32_t df) {
   const bool odd = df % 2 == 1;
-  const double e = std::exp(-x * 0.5), root = std::sqrt(x), upper = 1 - normal(root);
+  const double e = fathom::exp(-x * 0.5), root = std::sqrt(x), upper = 1 - normal(root);
   double power = odd ? 1 / root : 1, product = 1, sum = odd ? 0 : 1;
   for (int32_t k = odd ? 1 : 2; k < df; k += 2) sum += (power *= x) / (product *= k);
   if (df == 1) return 1 - 2 * upper;
