@@ -175,7 +175,7 @@ inline Arguments drawPower(Random& random) {
 
 struct Elementary {
   const char* name;
-  double (*door)(double, double);  // null where the C library's is still behind it
+  double (*function)(double, double);
   double (*slow)(double, double);
   int (*reference)(mpfr_ptr, mpfr_srcptr, mpfr_srcptr);
   Arguments (*draw)(Random&);
@@ -184,42 +184,33 @@ struct Elementary {
   std::vector<Arguments> hard;
 };
 
-#define FATHOM_DOOR(CALL) [](double x, [[maybe_unused]] double y) { return fathom::CALL; }
-#define FATHOM_ROW(NAME, ARGUMENTS, REFERENCE, DOOR, DRAW, ...)                                                \
-  Elementary {                                                                                                 \
-#NAME, DOOR,                                                                                               \
-        [](double x,                                                                                           \
-           [[maybe_unused]] double                                                                             \
-               y) { return fathom::slow::NAME ARGUMENTS; },                                                    \
-                                                         [](mpfr_ptr result, mpfr_srcptr x,                    \
-                                                            [[maybe_unused]] mpfr_srcptr                       \
-                                                                y) { return mpfr_##NAME REFERENCE; },          \
-                                                                                                   DRAW,       \
-                                                                                                   __VA_ARGS__ \
+#define FATHOM_ROW(NAME, ARGUMENTS, REFERENCE, DRAW, ...)                                    \
+  Elementary {                                                                               \
+#NAME, [](double x, [[maybe_unused]] double y) { return fathom::NAME ARGUMENTS; },         \
+        [](double x, [[maybe_unused]] double y) { return fathom::slow::NAME ARGUMENTS; },  \
+        [](mpfr_ptr result, mpfr_srcptr x, [[maybe_unused]] mpfr_srcptr y) {               \
+          return mpfr_##NAME REFERENCE;                                                    \
+        },                                                                                 \
+        DRAW, __VA_ARGS__ \
   }
-#define FATHOM_ONE(NAME, DOOR, DRAW, ...) \
-  FATHOM_ROW(NAME, (x), (result, x, MPFR_RNDN), DOOR, DRAW, __VA_ARGS__)
-#define FATHOM_TWO(NAME, DOOR, DRAW, ...) \
-  FATHOM_ROW(NAME, (x, y), (result, x, y, MPFR_RNDN), DOOR, DRAW, __VA_ARGS__)
+#define FATHOM_ONE(NAME, DRAW, ...) FATHOM_ROW(NAME, (x), (result, x, MPFR_RNDN), DRAW, __VA_ARGS__)
+#define FATHOM_TWO(NAME, DRAW, ...) \
+  FATHOM_ROW(NAME, (x, y), (result, x, y, MPFR_RNDN), DRAW, __VA_ARGS__)
 
 inline const std::vector<Elementary>& elementaryFunctions() {
-  // As soon as a function is behind the door: FATHOM_DOOR(sin(x)) for null.
   static const std::vector<Elementary> functions = {
-      FATHOM_ONE(sin, FATHOM_DOOR(sin(x)), drawAngle,
-                 {{0x1.598bae9e632f6p-7, 0}, {0x1.6ac5b262ca1ffp+849, 0}}),
-      FATHOM_ONE(cos, FATHOM_DOOR(cos(x)), drawAngle,
-                 {{0x1.34ec2f9fc9cp+1, 0}, {0x1.6ac5b262ca1ffp+849, 0}}),
+      FATHOM_ONE(sin, drawAngle, {{0x1.598bae9e632f6p-7, 0}, {0x1.6ac5b262ca1ffp+849, 0}}),
+      FATHOM_ONE(cos, drawAngle, {{0x1.34ec2f9fc9cp+1, 0}, {0x1.6ac5b262ca1ffp+849, 0}}),
       FATHOM_ONE(
-          tan, FATHOM_DOOR(tan(x)), drawAngle,
+          tan, drawAngle,
           {{0x1.dffffffffff1fp-22, 0}, {0x1.50486b2f87014p-5, 0}, {0x1.6ac5b262ca1ffp+849, 0}}),
-      FATHOM_ONE(atan, FATHOM_DOOR(atan(x)), drawSlope,
-                 {{0x1.6298b5896ed3cp+1, 0}, {0x1.22e8d75e2bc7fp-11, 0}}),
-      FATHOM_ONE(acos, FATHOM_DOOR(acos(x)), drawCosine, {{0x1.53ea6c7255e88p-4, 0}}),
-      FATHOM_ONE(exp, FATHOM_DOOR(exp(x)), drawExponent, {{0x1.9e9cbbfd6080bp-31, 0}}),
-      FATHOM_ONE(log, FATHOM_DOOR(log(x)), drawLogarithm, {}),
-      FATHOM_ONE(log10, FATHOM_DOOR(log10(x)), drawLogarithm, {{0x1.e12d66744ff81p+429, 0}}),
-      FATHOM_TWO(atan2, FATHOM_DOOR(atan2(x, y)), drawPoint, {}),
-      FATHOM_TWO(pow, FATHOM_DOOR(pow(x, y)), drawPower, {}),
+      FATHOM_ONE(atan, drawSlope, {{0x1.6298b5896ed3cp+1, 0}, {0x1.22e8d75e2bc7fp-11, 0}}),
+      FATHOM_ONE(acos, drawCosine, {{0x1.53ea6c7255e88p-4, 0}}),
+      FATHOM_ONE(exp, drawExponent, {{0x1.9e9cbbfd6080bp-31, 0}}),
+      FATHOM_ONE(log, drawLogarithm, {}),
+      FATHOM_ONE(log10, drawLogarithm, {{0x1.e12d66744ff81p+429, 0}}),
+      FATHOM_TWO(atan2, drawPoint, {}),
+      FATHOM_TWO(pow, drawPower, {}),
   };
   return functions;
 }
