@@ -54,8 +54,8 @@ double exp(double x) {
   return result.doubt == 0 ? result.value : exactExp(x);
 }
 
-void exp(const double* x, std::size_t n, double* y) {
-  evaluateArray(x, n, y, fastExps, exactExp);
+void exp(const double* x, std::size_t n, double* e) {
+  evaluateArray(x, n, e, fastExps, exactExp);
 }
 
 }  // namespace fathom

@@ -117,12 +117,12 @@ double log10(double x) {
   return logOf<Decimal>(x);
 }
 
-void log(const double* x, std::size_t n, double* y) {
-  evaluateArray(x, n, y, naturalLogs, exactLog<Natural>);
+void log(const double* x, std::size_t n, double* l) {
+  evaluateArray(x, n, l, naturalLogs, exactLog<Natural>);
 }
 
-void log10(const double* x, std::size_t n, double* y) {
-  evaluateArray(x, n, y, decimalLogs, exactLog<Decimal>);
+void log10(const double* x, std::size_t n, double* l) {
+  evaluateArray(x, n, l, decimalLogs, exactLog<Decimal>);
 }
 
 }  // namespace fathom
