@@ -13,11 +13,11 @@ inline constexpr std::size_t kElementaryBlock = 256;
 // Blocks are padded to whole vectors of the widest kind.
 inline constexpr std::size_t kWidestLanes = 8;
 
-// Arguments and results of a block: the caller's own when they are whole vectors, but a copy of
-// arguments that the results overwrite.
+// Arguments of a block, which its results may not overwrite as they may the caller's, and where
+// results go: straight to the caller when they are whole vectors.
 template <std::size_t inputs, std::size_t outputs>
 struct ElementaryBlock {
-  const double* argument[inputs];
+  alignas(64) double argument[inputs][kElementaryBlock];
   double* value[outputs];
   alignas(64) std::uint64_t doubt[kElementaryBlock];
 };
@@ -28,18 +28,14 @@ template <std::size_t inputs, std::size_t outputs, typename Fast, typename Slow>
 void evaluateArrays(const double* const (&x)[inputs], std::size_t n, double* const (&y)[outputs],
                     Fast fast, Slow slow) {
   ElementaryBlock<inputs, outputs> block;
-  alignas(64) double argument[inputs][kElementaryBlock];
   alignas(64) double value[outputs][kElementaryBlock];
   for (std::size_t start = 0; start < n; start += kElementaryBlock) {
     const std::size_t count = std::min(kElementaryBlock, n - start);
     const std::size_t padded = (count + kWidestLanes - 1) / kWidestLanes * kWidestLanes;
     const bool whole = count == padded;
     for (std::size_t k = 0; k < inputs; ++k) {
-      block.argument[k] = x[k] + start;
-      if (whole && std::find(y, y + outputs, x[k]) == y + outputs) continue;
-      std::copy_n(x[k] + start, count, argument[k]);
-      std::fill(argument[k] + count, argument[k] + padded, 1.0);
-      block.argument[k] = argument[k];
+      std::copy_n(x[k] + start, count, block.argument[k]);
+      std::fill(block.argument[k] + count, block.argument[k] + padded, 1.0);
     }
     for (std::size_t k = 0; k < outputs; ++k) block.value[k] = whole ? y[k] + start : value[k];
     if (fast(block, padded)) {

@@ -189,9 +189,10 @@ FATHOM_INLINE void reduce(const V& x, const V& k, Angle<V>& angle) {
 }
 
 // A sine or cosine as high + low, |low| < 2^-14 |high|. Its error is below kRelativeError |high| +
-// kAngleError |x|: nine roundings of S (cos r - 1) and of sums as small, each below 2^-53 2^-15.7
-// |S|, where |S| is at most 2 |sin x|, besides those of smaller terms. Without S, where k = 0, the
-// terms of third order have as many, of 2^-17 2^-53 |r|. (Seen: 2^-65.8.)
+// kAngleError |x|. Most are roundings of S (cos r - 1) and of sums as small: with T = |S| r^2 / 2 <
+// 2^-15.7 |S|, at most 8 x 2^-53 T for the first row, where |S| is up to 2 |sin x|, and 11 x 2^-53
+// T for the others, where it is at most 4/3 |sin x|. For k = 0 there is no S, and the terms of
+// third order take its place, with T < 2^-17 |r|. (2^-65.8 was seen.)
 template <typename V>
 struct Sum {
   V high, low;
@@ -351,18 +352,6 @@ FATHOM_BY_WIDTH(evaluateBlock,
                  std::uint64_t* doubts, bool& anyDoubt),
                 (f, x, n, y, z, doubts, anyDoubt))
 
-// y[i] = f(x[i]), with the scalar form for what is in doubt.
-void evaluateArray(Function f, double (*scalar)(double), const double* x, std::size_t n,
-                   double* y) {
-  const auto fast = [f](const double* argument, std::size_t count, double* value,
-                        std::uint64_t* doubt) {
-    bool any = false;
-    evaluateBlock(f, argument, count, value, nullptr, doubt, any);
-    return any;
-  };
-  fathom::evaluateArray(x, n, y, fast, scalar);
-}
-
 template <Function f>
 FATHOM_INLINE bool evaluateScalar(double x, double& value, double& second) {
   const double turns = rounded(x * kStepsPerRadian) + shiftOf<f>;
@@ -415,12 +404,34 @@ DoubleDouble carefulSine(const CarefulAngle& angle, std::size_t quarters) {
   return s + (c * angle.sine + s * angle.cosine);
 }
 
-double carefulSine(double x, std::size_t quarters, double (*slow)(double)) {
-  if (fabs(x) < kTiny) return quarters == 0 ? x : 1.0;
-  if (!(fabs(x) < kCarefulRange)) return slow(x);
-  const DoubleDouble sum = carefulSine(reduceCarefully(x), quarters);
+double roundedSine(double x, const CarefulAngle& angle, std::size_t quarters,
+                   double (*slow)(double)) {
+  const DoubleDouble sum = carefulSine(angle, quarters);
   const RoundedResult result = roundedWithin(sum, fabs(sum.high) * kCarefulError);
   return result.doubt == 0 ? result.value : slow(x);
+}
+
+double carefulSine(double x) {
+  if (fabs(x) < kTiny) return x;
+  if (!(fabs(x) < kCarefulRange)) return slow::sin(x);
+  return roundedSine(x, reduceCarefully(x), 0, slow::sin);
+}
+
+double carefulCosine(double x) {
+  if (fabs(x) < kTiny) return 1.0;
+  if (!(fabs(x) < kCarefulRange)) return slow::cos(x);
+  return roundedSine(x, reduceCarefully(x), 1, slow::cos);
+}
+
+void carefulSineCosine(double x, double& s, double& c) {
+  if (!(fabs(x) >= kTiny && fabs(x) < kCarefulRange)) {
+    s = carefulSine(x);
+    c = carefulCosine(x);
+    return;
+  }
+  const CarefulAngle angle = reduceCarefully(x);
+  s = roundedSine(x, angle, 0, slow::sin);
+  c = roundedSine(x, angle, 1, slow::cos);
 }
 
 double carefulTangent(double x) {
@@ -437,27 +448,38 @@ double carefulTangent(double x) {
   return result.doubt == 0 ? result.value : slow::tan(x);
 }
 
+// y[i] = f(x[i]), with `careful` for what is in doubt.
+void evaluateArray(Function f, double (*careful)(double), const double* x, std::size_t n,
+                   double* y) {
+  const auto fast = [f](const double* argument, std::size_t count, double* value,
+                        std::uint64_t* doubt) {
+    bool any = false;
+    evaluateBlock(f, argument, count, value, nullptr, doubt, any);
+    return any;
+  };
+  fathom::evaluateArray(x, n, y, fast, careful);
+}
+
 }  // namespace
 
 double sin(double x) {
   double y, unused;
   if (evaluateScalar<Function::kSine>(x, y, unused)) [[likely]]
     return y;
-  return carefulSine(x, 0, slow::sin);
+  return carefulSine(x);
 }
 
 double cos(double x) {
   double y, unused;
   if (evaluateScalar<Function::kCosine>(x, y, unused)) [[likely]]
     return y;
-  return carefulSine(x, 1, slow::cos);
+  return carefulCosine(x);
 }
 
 void sincos(double x, double& s, double& c) {
   if (evaluateScalar<Function::kSineCosine>(x, s, c)) [[likely]]
     return;
-  s = carefulSine(x, 0, slow::sin);
-  c = carefulSine(x, 1, slow::cos);
+  carefulSineCosine(x, s, c);
 }
 
 double tan(double x) {
@@ -468,15 +490,15 @@ double tan(double x) {
 }
 
 void sin(const double* x, std::size_t n, double* s) {
-  evaluateArray(Function::kSine, sin, x, n, s);
+  evaluateArray(Function::kSine, carefulSine, x, n, s);
 }
 
 void cos(const double* x, std::size_t n, double* c) {
-  evaluateArray(Function::kCosine, cos, x, n, c);
+  evaluateArray(Function::kCosine, carefulCosine, x, n, c);
 }
 
 void tan(const double* x, std::size_t n, double* t) {
-  evaluateArray(Function::kTangent, tan, x, n, t);
+  evaluateArray(Function::kTangent, carefulTangent, x, n, t);
 }
 
 void sincos(const double* x, std::size_t n, double* s, double* c) {
@@ -489,7 +511,9 @@ void sincos(const double* x, std::size_t n, double* s, double* c) {
                       any);
         return any;
       },
-      [](Block& b, std::size_t i) { sincos(b.argument[0][i], b.value[0][i], b.value[1][i]); });
+      [](Block& b, std::size_t i) {
+        carefulSineCosine(b.argument[0][i], b.value[0][i], b.value[1][i]);
+      });
 }
 
 }  // namespace fathom
