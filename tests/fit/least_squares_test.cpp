@@ -15,12 +15,11 @@ struct System {
   Guarded fitted{y.size()}, c{k}, covariance{k * k}, error{1};
 
   AnalysisStatus fit(int32_t algorithm) {
-    return GenLSFit(h.data(), count(y), static_cast<int32_t>(k), y.data(),
-                    deviations.empty() ? nullptr : deviations.data(), algorithm, fitted, c,
-                    covariance, error);
-  }
-  bool intact() const {
-    return fitted.intact() && c.intact() && covariance.intact() && error.intact();
+    const AnalysisStatus status = GenLSFit(h.data(), count(y), static_cast<int32_t>(k), y.data(),
+                                           deviations.empty() ? nullptr : deviations.data(),
+                                           algorithm, fitted, c, covariance, error);
+    EXPECT_TRUE(fitted.intact() && c.intact() && covariance.intact() && error.intact());
+    return status;
   }
   bool untouched() const {
     return fitted.untouched() && c.untouched() && covariance.untouched() && error.untouched();
@@ -37,43 +36,25 @@ struct Reference {
   explicit Reference(const std::string& name) {
     std::ifstream file(FATHOM_REFERENCE_DATA "/linear/" + name + ".dat");
     std::string word;
-    std::getline(file, word);
-    while (file >> word && word != "data") {
-      double a = 0.0, b = 0.0;
-      if (word == "points") file >> n;
-      if (word == "predictors") file >> predictors;
-      if (word == "powers") file >> first >> last;
-      if (word == "deviation") file >> deviation;
-      if (word != "coefficient") continue;
-      file >> a >> b;
+    file >> word >> word >> n >> word >> predictors >> word >> first >> last;
+    for (double a, b; file >> word && word == "coefficient" && file >> a >> b;) {
       coefficients.push_back(a);
       ofCoefficients.push_back(b);
     }
+    file >> deviation >> word;
     for (double v; file >> v;) (x.size() < predictors * y.size() ? x : y).push_back(v);
   }
   System system() const {
     Values h;
     for (std::size_t i = 0; i < n; ++i) {
       if (first == 0) h.push_back(1.0);
-      for (int p = std::max(first, 1); p <= last; ++p) {
-        for (std::size_t j = 0; j < predictors; ++j) {
+      for (int p = std::max(first, 1); p <= last; ++p)
+        for (std::size_t j = 0; j < predictors; ++j)
           h.push_back(std::pow(x[i * predictors + j], p));
-        }
-      }
     }
     return {h, y, coefficients.size()};
   }
 };
-
-// Correct digits of the worst value; absolute where the certified value is 0.
-double digits(const double* actual, const Values& certified) {
-  double worst = 1e-16;
-  for (std::size_t j = 0; j < certified.size(); ++j) {
-    const double error = std::fabs(actual[j] - certified[j]);
-    worst = std::max(worst, certified[j] == 0.0 ? error : error / std::fabs(certified[j]));
-  }
-  return -std::log10(worst);
-}
 
 TEST(LeastSquares, DigitsOfReferenceData) {
   // Of the coefficients, which the rounding of the data to doubles limits, and of the deviations.
@@ -102,12 +83,11 @@ TEST(LeastSquares, DigitsOfReferenceData) {
       }
       ASSERT_EQ(s.fit(algorithm), FATHOM_OK);
       EXPECT_GE(digits(s.c, reference.coefficients), ofCoefficients);
-      const double deviation = std::sqrt(*s.error.data() / freedom);
+      const double deviation = std::sqrt(s.error[0] / freedom);
       EXPECT_GE(digits(&deviation, {reference.deviation}), normal ? 7 : 8);
       Values ofCoefficient(s.k);
-      for (std::size_t j = 0; j < s.k; ++j) {
-        ofCoefficient[j] = std::sqrt(s.covariance.data()[j * (s.k + 1)]);
-      }
+      const double* variance = s.covariance;
+      for (std::size_t j = 0; j < s.k; ++j) ofCoefficient[j] = std::sqrt(variance[j * (s.k + 1)]);
       EXPECT_GE(digits(ofCoefficient.data(), reference.ofCoefficients),
                 normal ? ofDeviations / 2 : ofDeviations);
       Guarded c(s.k);
@@ -120,12 +100,11 @@ TEST(LeastSquares, DigitsOfReferenceData) {
     PolyFit(reference.x.data(), fitted.data(), count(fitted), reference.last, fitted.data(),
             c.data(), &error);
     EXPECT_GE(digits(c.data(), reference.coefficients), ofCoefficients) << name;
+    if (reference.last > 1) continue;
+    LinFit(reference.x.data(), reference.y.data(), count(fitted), fitted.data(), &c[1], &c[0],
+           &error);
+    EXPECT_GE(digits(c.data(), reference.coefficients), 12) << name;
   }
-  const Reference norris("norris");
-  Values line(2), fitted(norris.n);
-  double error;
-  LinFit(norris.x.data(), norris.y.data(), 36, fitted.data(), &line[1], &line[0], &error);
-  EXPECT_GE(digits(line.data(), norris.coefficients), 12);
 }
 
 // The fit's own conditions, from the matrix and the results alone.
@@ -133,16 +112,15 @@ void expectLeastSquares(System& s, int32_t algorithm) {
   const std::size_t n = s.y.size(), k = s.k;
   const bool known = !s.deviations.empty();
   ASSERT_EQ(s.fit(algorithm), FATHOM_OK);
-  ASSERT_TRUE(s.intact());
   Values gradient(k), gram(k * k);
   double squares = 0.0;
   for (std::size_t i = 0; i < n; ++i) {
     const double* row = &s.h[i * k];
     const double deviation = known ? s.deviations[i] : 1.0;
     double fit = 0.0;
-    for (std::size_t j = 0; j < k; ++j) fit += row[j] * s.c.data()[j];
-    ASSERT_NEAR(s.fitted.data()[i], fit, 1e-12);
-    const double difference = (s.y[i] - s.fitted.data()[i]) / deviation;
+    for (std::size_t j = 0; j < k; ++j) fit += row[j] * s.c[j];
+    ASSERT_NEAR(s.fitted[i], fit, 1e-12);
+    const double difference = (s.y[i] - s.fitted[i]) / deviation;
     squares += difference * difference;
     for (std::size_t j = 0; j < k; ++j) {
       gradient[j] += row[j] / deviation * difference;
@@ -150,32 +128,22 @@ void expectLeastSquares(System& s, int32_t algorithm) {
         gram[j * k + t] += row[j] * row[t] / deviation / deviation;
     }
   }
-  EXPECT_NEAR(*s.error.data(), squares / static_cast<double>(n), 1e-12);
+  EXPECT_NEAR(s.error[0], squares / static_cast<double>(n), 1e-12);
   const double factor = known || n == k ? 1.0 : squares / static_cast<double>(n - k);
   for (std::size_t j = 0; j < k; ++j) {
     ASSERT_NEAR(gradient[j], 0.0, 1e-11) << j;
     for (std::size_t t = 0; t < k; ++t) {
       double sum = 0.0;
-      for (std::size_t u = 0; u < k; ++u) sum += gram[j * k + u] * s.covariance.data()[u * k + t];
+      for (std::size_t u = 0; u < k; ++u) sum += gram[j * k + u] * s.covariance[u * k + t];
       ASSERT_NEAR(sum, j == t ? factor : 0.0, 1e-10 * factor) << j << ' ' << t;
     }
   }
 }
 
 TEST(LeastSquares, ResidualsAreOrthogonalAndTheCovarianceIsTheInverse) {
-  for (const auto& [n, k] : std::vector<std::pair<std::size_t, std::size_t>>{{1, 1},
-                                                                             {2, 1},
-                                                                             {2, 2},
-                                                                             {5, 3},
-                                                                             {7, 7},
-                                                                             {8, 3},
-                                                                             {9, 4},
-                                                                             {15, 6},
-                                                                             {17, 5},
-                                                                             {33, 8},
-                                                                             {513, 2},
-                                                                             {700, 13},
-                                                                             {90, 40}}) {
+  const std::size_t shapes[][2] = {{1, 1},  {2, 1},  {2, 2},  {5, 3},   {7, 7},   {8, 3},   {9, 4},
+                                   {15, 6}, {17, 5}, {33, 8}, {90, 40}, {513, 2}, {700, 13}};
+  for (const auto& [n, k] : shapes) {
     for (int32_t algorithm = 0; algorithm < kAlgorithms; ++algorithm) {
       for (const bool known : {false, true}) {
         SCOPED_TRACE(std::to_string(n) + " x " + std::to_string(k) + " algorithm " +
@@ -200,16 +168,13 @@ TEST(LeastSquares, UnitsOnlyScaleTheResults) {
     weighted.deviations.assign(weighted.y.size(), 0.125);
     ASSERT_EQ(plain.fit(algorithm) + scaled.fit(algorithm) + weighted.fit(algorithm), FATHOM_OK);
     EXPECT_TRUE(SameBits(weighted.c.values(), plain.c.values()));
-    EXPECT_DOUBLE_EQ(*weighted.error.data(), 64 * *plain.error.data());
-    EXPECT_DOUBLE_EQ(weighted.covariance.data()[8],
-                     plain.covariance.data()[8] * 9 / 16 / 64 / *plain.error.data());
-    for (std::size_t j = 0; j < plain.k; ++j) {
-      EXPECT_EQ(scaled.c.data()[j], plain.c.data()[j] * 0x1p-420) << j;
-    }
+    EXPECT_DOUBLE_EQ(weighted.error[0], 64 * plain.error[0]);
+    EXPECT_DOUBLE_EQ(weighted.covariance[8], plain.covariance[8] * 9 / 16 / 64 / plain.error[0]);
+    for (std::size_t j = 0; j < 7; ++j) EXPECT_EQ(scaled.c[j], plain.c[j] * 0x1p-420) << j;
     weighted.deviations[2] = kInf;  // the point is left out
     weighted.y[2] = 1e9;
     weighted.fit(algorithm);
-    EXPECT_NEAR(weighted.c.data()[6], 1825.2448, 1e-3);
+    EXPECT_NEAR(weighted.c[6], 1825.2448, 1e-3);
   }
 }
 
@@ -234,9 +199,7 @@ TEST(LeastSquares, DependentColumnsGiveTheSmallestNormOrAreRefused) {
     EXPECT_NEAR(c[0] - unit * c[2], unit * c[3], 1e-13 * size * std::max(unit, 1.0));
     for (const std::size_t column : {std::size_t{0}, n}) {
       double gradient = 0.0;
-      for (std::size_t i = 0; i < n; ++i) {
-        gradient += draws[column + i] * (s.y[i] - s.fitted.data()[i]);
-      }
+      for (std::size_t i = 0; i < n; ++i) gradient += draws[column + i] * (s.y[i] - s.fitted[i]);
       EXPECT_NEAR(gradient, 0.0, 1e-12);
     }
     for (std::size_t j = 0; j < 4; ++j) {  // so is the covariance
@@ -275,7 +238,7 @@ TEST(LeastSquares, RefusesInOrderAndWhatIsNotFinite) {
       EXPECT_NE(s.fit(algorithm), FATHOM_OK);
       EXPECT_TRUE(s.untouched());
       EXPECT_EQ(t.fit(algorithm), FATHOM_OK);
-      EXPECT_TRUE(std::isnan(t.c.data()[0]) && std::isnan(t.c.data()[1]));
+      EXPECT_TRUE(std::isnan(t.c[0]) && std::isnan(t.c[1]));
     }
   }
 }

@@ -1,13 +1,51 @@
-#include "fit/strd.hpp"
+#include <fstream>
+
 #include "support/testing.hpp"
 
 namespace fathom::test {
 namespace {
 
-// Digits that agree with the certified value, at most the 11 that it has.
-double digits(double value, double certified) {
-  const double error = std::fabs(value - certified) / std::fabs(certified);
-  return error > 0.0 ? std::min(11.0, -std::log10(error)) : 11.0;
+// The nonlinear problems of NIST's Statistical Reference Datasets: data and models are in strd/.
+struct StrdProblem {
+  const char* name;
+  FathomModel model;
+  Values starts[2] = {}, certified = {}, deviations = {}, squares = {}, x = {}, y = {};
+};
+
+// Nelson's model has two predictors, so its x is an index into this table.
+Values nelsonPredictors;
+
+std::vector<StrdProblem> strdProblems() {
+  using std::exp, std::pow, std::sin, std::cos;
+  using D = double;
+  using B = const double*;
+  using K = int32_t;
+  static constexpr D kPi = 3.14159265358979323846;
+#include "fit/strd/nonlinear/shared.dat"
+  std::vector<StrdProblem> problems = {
+#include "fit/strd/nonlinear/models.dat"
+  };
+  for (StrdProblem& p : problems) {
+    std::ifstream file(std::string(FATHOM_REFERENCE_DATA "/nonlinear/") + p.name + ".dat");
+    std::string word;
+    std::size_t n = 0, k = 0;
+    file >> word >> n >> k;
+    for (Values* row : {&p.starts[0], &p.starts[1], &p.certified, &p.deviations, &p.squares}) {
+      row->resize(row == &p.squares ? 1 : k);
+      file >> word;
+      for (double& value : *row) file >> value;
+    }
+    const bool nelson = p.name == std::string("nelson");
+    for (std::size_t i = 0; i < n; ++i) {
+      double u = 0, v = 0, w = 0;
+      file >> u >> v;
+      if (nelson) file >> w;
+      if (nelson) nelsonPredictors.insert(nelsonPredictors.end(), {u, v});
+      p.x.push_back(nelson ? static_cast<double>(i) : u);
+      p.y.push_back(nelson ? std::log(w) : v);
+    }
+  }
+  return problems;
 }
 
 TEST(NonLinearFit, SolvesTheReferenceProblemsFromBothStarts) {
@@ -22,19 +60,14 @@ TEST(NonLinearFit, SolvesTheReferenceProblemsFromBothStarts) {
       Values found = c.values();
       if (p.name == std::string("mgh17") && found[3] > found[4])
         found = {found[0], found[2], found[1], found[4], found[3]};
-      double least = 11.0, sum = 0.0;
-      for (std::size_t j = 0; j < start.size(); ++j) {
-        least = std::min(least, digits(found[j], p.certified[j]));
-      }
-      EXPECT_GE(least, 7.0) << p.name << " from " << start[0];
+      EXPECT_GE(digits(found.data(), p.certified), 7.0) << p.name << " from " << start[0];
+      double sum = 0.0;
       for (std::size_t i = 0; i < p.x.size(); ++i) {
         EXPECT_EQ(fitted.values()[i], p.model(p.x[i], c, k));
         sum += (p.y[i] - fitted.values()[i]) * (p.y[i] - fitted.values()[i]);
       }
       EXPECT_EQ(error.values()[0], sum / n);
-      if (std::string(p.name) != "lanczos1") {
-        EXPECT_GE(digits(sum, p.squares[0]), 8.0) << p.name;
-      }
+      EXPECT_TRUE(p.name == std::string("lanczos1") || digits(&sum, p.squares) >= 8.0) << p.name;
     }
   }
 }
@@ -61,13 +94,9 @@ double decay(double x, const double* c, int32_t) {
 }
 
 TEST(NonLinearFit, ChecksInOrder) {
-  const double x[] = {1, 2}, y[] = {3, 4};
-  const auto status = [&](int32_t n, FathomModel model, int32_t k, int32_t iterations) {
-    Guarded c(2), fitted(2), error(1);
-    const AnalysisStatus s =
-        NonLinearFitWithMaxIters(x, y, n, model, c, k, iterations, fitted, error);
-    EXPECT_TRUE(c.untouched() && fitted.untouched() && error.untouched());
-    return s;
+  const auto status = [](int32_t n, FathomModel model, int32_t k, int32_t iterations) {
+    return NonLinearFitWithMaxIters(nullptr, nullptr, n, model, nullptr, k, iterations, nullptr,
+                                    nullptr);
   };
   EXPECT_EQ(status(0, nullptr, 0, 0), FATHOM_ERR_SELECTION);
   EXPECT_EQ(status(0, decay, 3, 0), FATHOM_ERR_NO_SAMPLES);
@@ -88,9 +117,7 @@ TEST(NonLinearFit, RunsOutWithTheBestSoFar) {
     EXPECT_EQ(t.fitted[3], swing(t.x[3], t.c.data(), 2));
     EXPECT_LE(t.error, last);
     last = t.error;
-    if (iterations < 3) {
-      EXPECT_EQ(status, FATHOM_ERR_ITERATIONS);
-    }
+    EXPECT_TRUE(iterations >= 3 || status == FATHOM_ERR_ITERATIONS);
   }
 }
 

@@ -14,7 +14,6 @@
 
 #include "fathom.h"
 #include "support/bits.hpp"
-#include "support/digest.hpp"
 #include "support/failing_malloc.hpp"
 #include "support/guarded.hpp"
 #include "support/signals.hpp"
@@ -53,11 +52,22 @@ void expectBits(const Values& x, const Values& expected, Routine routine) {
   ASSERT_TRUE(SameBits(results, expected) && same.intact()) << x.size() << " in place";
 }
 
-// What a call returned and wrote.
-inline void add(Digest& digest, AnalysisStatus status, const Guarded& output) {
-  EXPECT_TRUE(output.intact());
-  digest.add(static_cast<std::uint64_t>(status));
-  for (const double v : output.values()) digest.add(v);
+// Correct digits of the worst value; absolute where the certified value is 0.
+inline double digits(const double* actual, const Values& certified) {
+  double worst = 1e-16;
+  for (std::size_t j = 0; j < certified.size(); ++j) {
+    const double unit = certified[j] == 0.0 ? 1.0 : std::fabs(certified[j]);
+    const double error = std::fabs(actual[j] - certified[j]) / unit;
+    if (!std::isnan(worst) && !(error <= worst)) worst = error;
+  }
+  return -std::log10(worst);
+}
+
+// What the routine returned and wrote, and what a plain version did.
+inline void expectSame(AnalysisStatus status, const Guarded& actual, AnalysisStatus plainStatus,
+                       const Guarded& plain) {
+  ASSERT_EQ(status, plainStatus) << plain.size();
+  ASSERT_TRUE(SameBits(actual.values(), plain.values()) && actual.intact()) << plain.size();
 }
 
 }  // namespace fathom::test
