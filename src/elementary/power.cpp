@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 
 #include "elementary/array_form.hpp"
 #include "elementary/double_double.hpp"
@@ -119,6 +120,14 @@ FATHOM_MULTIVERSION bool fastPowers(const double* x, OneValue y, std::size_t n, 
 double exactPower(double x, double y) {
   if (y == 1.0) return x;
   if (y == 2.0) return x * x;
+  // Beyond the range of doubles, the rounded logarithm is enough.
+  const double base = magnitude(x);
+  if ((outsideCells(base) | notRealBits(x, y)) == 0) {
+    const auto sign = std::bit_cast<double>(signOfPower(x, y));
+    const double head = scaledLogarithm(logarithmOf(base, kLogarithmTable[cellOf(base)]), y).head;
+    if (head > 710.0) return copysign(std::numeric_limits<double>::infinity(), sign);
+    if (head < -746.0) return sign;
+  }
   return slow::pow(x, y);
 }
 
