@@ -4200,9 +4200,9 @@ FATHOM_API AnalysisStatus LinFit(const double* x, const double* y, int32_t n, do
  * x^2, ln |y| and x ln |y|. The logarithm gives small values of y more weight than a fit of y
  * itself would.
  *
- * y[0] decides: if it is above 0, all of y must be, and if it is below, likewise. If it is 0, the
- * others must be 0 or below: then the sums hold logarithms that are infinite or NaN, and so are the
- * results, with status 0. A NaN in y is a wrong sign.
+ * y[0] decides: if it is above 0, all of y must be, and if it is below, likewise. If it is 0 or
+ * NaN, the others must be 0 or below: then the sums hold logarithms that are infinite or NaN, and
+ * so are the results, with status 0. A NaN after y[0] is a wrong sign.
  *
  * In place: `fitted` may be `x`. It may be `y`, but then the error is that of the values which have
  * taken the place of y: 0. During the call y is negated where y[0] < 0, so nothing else may read
@@ -4215,8 +4215,8 @@ FATHOM_API AnalysisStatus LinFit(const double* x, const double* y, int32_t n, do
  * @param[out] amplitude units of y; 0 after any failure
  * @param[out] damping per unit of x; negative where the curve decays; 0 after any failure
  * @param[out] meanSquaredError mean of (fitted - y)^2 over the n points
- * @return FATHOM_OK; FATHOM_ERR_FEWER_THAN_TWO_SAMPLES if n < 2; FATHOM_ERR_SIGN_OF_ARRAY if y is
- *         not all of one sign
+ * @return FATHOM_OK; FATHOM_ERR_FEWER_THAN_TWO_SAMPLES if n < 2; FATHOM_ERR_SIGN_OF_ARRAY if an
+ *         ordinate is not of the sign that y[0] asks for, with fitted and error as they were
  */
 FATHOM_API AnalysisStatus ExpFit(const double* x, double* y, int32_t n, double* fitted,
                                  double* amplitude, double* damping, double* meanSquaredError);
@@ -4235,8 +4235,8 @@ FATHOM_API AnalysisStatus ExpFit(const double* x, double* y, int32_t n, double* 
  * @param[out] coefficients order + 1 values, that of the lowest power first
  * @param[out] meanSquaredError mean of (y - fitted)^2 over the n points
  * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_NEGATIVE_ORDER if order < 0;
- *         FATHOM_ERR_SIZE_BELOW_ORDER if order >= n; FATHOM_ERR_MEMORY; FATHOM_ERR_ITERATIONS as
- *         from GenLSFit
+ *         FATHOM_ERR_SIZE_BELOW_ORDER if order >= n; FATHOM_ERR_MEMORY; FATHOM_ERR_ITERATIONS if
+ *         the singular values do not converge, or a power is infinite or NaN, with nothing written
  */
 FATHOM_API AnalysisStatus PolyFit(const double* x, const double* y, int32_t n, int32_t order,
                                   double* fitted, double* coefficients, double* meanSquaredError);
@@ -4333,8 +4333,8 @@ FATHOM_API AnalysisStatus NonLinearFit(const double* x, const double* y, int32_t
  * differences. Coefficients in which the model turns out to be linear are eliminated: for every
  * step of the others they are solved for anew. Two Newton steps in a row are extrapolated. The fit
  * ends where a step promises to shorten the residual by less than 10^-9 of itself, or by less than
- * rounding allows; as a rule the coefficients then have 8 digits or more: docs/fits_nonlinear.md has
- * the digits for reference data.
+ * rounding allows; as a rule the coefficients then have 8 digits or more: docs/fits_nonlinear.md
+ * has the digits for reference data.
  *
  * An iteration is one set of derivatives and the steps that are tried with it. It calls the model
  * at all points twice for every coefficient that is not eliminated, then for every step once, and,
@@ -4381,9 +4381,15 @@ FATHOM_API AnalysisStatus NonLinearFitWithMaxIters(const double* x, const double
  * Value at x0 of the polynomial of degree n - 1 through n points (x[i], y[i]), with an error
  * estimate, by Neville's scheme.
  *
- * The scheme starts from the point closest to x0, the first of equally close ones, and adds n - 1
- * corrections along the path that stays in the middle of its triangle. Source: E. H. Neville,
- * "Iterative interpolation", Journal of the Indian Mathematical Society, 1934.
+ * With c[i] = d[i] = y[i] at first, column m = 1 to n - 1 of the triangle is
+ *
+ *     w = c[i + 1] - d[i]
+ *     d[i] = (x[i + m] - x0) w / (x[i] - x[i + m])
+ *     c[i] = (x[i] - x0) w / (x[i] - x[i + m])
+ *
+ * for i = 0 to n - m - 1. The value starts from the point closest to x0, the first of equally close
+ * ones, and each column adds the c or d that stays in the middle. Source: E. H. Neville, "Iterative
+ * interpolation", Journal of the Indian Mathematical Society, 1934.
  *
  * @param[in] x n abscissas, all different, in any order
  * @param[in] y n ordinates
@@ -4403,9 +4409,16 @@ FATHOM_API AnalysisStatus PolyInterp(const double* x, const double* y, int32_t n
  * the denominator is n / 2 and that of the numerator one less. Good near poles, where polynomials
  * fail.
  *
- * The triangle is walked as PolyInterp does. It starts from the ordinates and from the ordinates
- * plus 1e-10, so that equal ones give no 0 / 0. Source: J. Stoer and R. Bulirsch, "Introduction to
- * Numerical Analysis", Springer, 1980, section 2.2.
+ * The triangle is that of PolyInterp, with other columns:
+ *
+ *     t = (x[i] - x0) d[i] / (x[i + m] - x0)
+ *     q = (c[i + 1] - d[i]) / (t - c[i + 1])
+ *     d[i] = c[i + 1] q
+ *     c[i] = t q
+ *
+ * It starts from c[i] = y[i] and d[i] = y[i] + 1e-10, so that equal ordinates give no 0 / 0.
+ * Source: J. Stoer and R. Bulirsch, "Introduction to Numerical Analysis", Springer, 1980, section
+ * 2.2.
  *
  * @param[in] x n abscissas, all different, in any order
  * @param[in] y n ordinates
@@ -4424,10 +4437,15 @@ FATHOM_API AnalysisStatus RatInterp(const double* x, const double* y, int32_t n,
  * Second derivatives, for SpInterp, of the cubic spline through n points (x[i], y[i]): the function
  * that is cubic between neighbours and has two continuous derivatives.
  *
+ * They solve, with h[i] = x[i + 1] - x[i] and s[i] = (y[i + 1] - y[i]) / h[i], for i = 1 to n - 2
+ *
+ *     h[i - 1] y2[i - 1] + 2 (h[i - 1] + h[i]) y2[i] + h[i] y2[i + 1] = 6 (s[i] - s[i - 1])
+ *
  * An end whose slope argument is above 9.9e29 is natural, with second derivative 0; otherwise the
- * spline has that slope there, a NaN included. The tridiagonal system is solved by elimination
- * without pivots. Source: J. H. Ahlberg, E. N. Nilson and J. L. Walsh, "The Theory of Splines and
- * Their Applications", Academic Press, 1967.
+ * spline has that slope there, a NaN included: 2 y2[0] + y2[1] = 6 (s[0] - firstSlope) / h[0], and
+ * likewise at the last. The tridiagonal system is solved by elimination without pivots. Source: J.
+ * H. Ahlberg, E. N. Nilson and J. L. Walsh, "The Theory of Splines and Their Applications",
+ * Academic Press, 1967.
  *
  * @param[in] x n abscissas; neighbours, and neighbours but one, differ
  * @param[in] y n ordinates
@@ -4458,8 +4476,8 @@ FATHOM_API AnalysisStatus Spline(const double* x, const double* y, int32_t n, do
  * @param[in] n number of points, at least 2
  * @param[in] x0 where to interpolate; outside the abscissas the first or last cubic is continued
  * @param[out] y0 the value
- * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_DISTINCT_X if n is 1 or the
- *         neighbours of x0 have equal abscissas
+ * @return FATHOM_OK; FATHOM_ERR_NO_SAMPLES if n < 1; FATHOM_ERR_DISTINCT_X if h is 0, as it is for
+ *         n = 1 unless the only abscissa is infinite or NaN
  */
 FATHOM_API AnalysisStatus SpInterp(const double* x, const double* y,
                                    const double* secondDerivatives, int32_t n, double x0,
@@ -4480,7 +4498,8 @@ FATHOM_API AnalysisStatus SpInterp(const double* x, const double* y,
  *
  * One, two or three intervals left over at the end are integrated by the first, second or third of
  * these rules. The rules are exact for polynomials of degree 1, 3, 3 and 5, if no interval is left
- * over. Groups are summed in the order of the samples; 1/3 and 1/45 are held in extended precision.
+ * over. Groups are summed in the order of the samples, for the trapezoidal rule the samples after
+ * the mean of the first and the last; 1/3 and 1/45 are held in extended precision.
  * Source: M. Abramowitz and I. A. Stegun, "Handbook of Mathematical Functions", 1964, section 25.4.
  *
  * @param[in] x n samples
@@ -4497,7 +4516,9 @@ FATHOM_API AnalysisStatus NumericIntegration(const double* x, int32_t n, double 
  * Roots of the polynomial coefficients[0] x^(n - 1) + ... + coefficients[n - 1], as the eigenvalues
  * of its companion matrix, by GenEigenValueVector. Computed roots are those of a polynomial with
  * coefficients near these: a multiple root comes out as a cluster around it, and a root that is
- * smaller than others by many orders of magnitude has fewer correct digits.
+ * smaller than others by many orders of magnitude has fewer correct digits. Source: A. Edelman and
+ * H. Murakami, "Polynomial roots from companion matrix eigenvalues", Mathematics of Computation,
+ * 1995.
  *
  * @param[in] coefficients n coefficients, that of the highest power first, which is not zero
  * @param[in] n number of coefficients, at least 2
