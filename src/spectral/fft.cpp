@@ -3,7 +3,9 @@
 // Letters, 1984). Butterflies of different j are independent, so they run in any order, many at
 // once; what is fixed is each butterfly's arithmetic and its angle.
 #include <algorithm>
+#include <bit>
 #include <cstddef>
+#include <cstdint>
 
 #include "fathom.h"
 #include "frame/elementary.hpp"
@@ -20,6 +22,14 @@ constexpr std::size_t kBlockSpan = 4096;
 constexpr std::size_t kTile = 256;
 // The last stages, of spans 8, 4 and 2, run with the bit reversal.
 constexpr std::size_t kReversalSpan = 8;
+
+// Bit by bit: a conditional would become a masked load of the twiddles, whose other lanes, left as
+// they were and at worst denormal, would be multiplied all the same.
+constexpr std::uint64_t kUnrotated[8] = {~std::uint64_t{0}};
+FATHOM_INLINE double selected(std::uint64_t mask, double where, double elsewhere) {
+  return std::bit_cast<double>((std::bit_cast<std::uint64_t>(where) & mask) |
+                               (std::bit_cast<std::uint64_t>(elsewhere) & ~mask));
+}
 
 // `width` butterflies with neighbouring j. The first of the first ones has j = 0: no rotation,
 // which for -0.0 and NaN is not the same as one by an angle of 0.
@@ -38,11 +48,11 @@ FATHOM_INLINE void butterflies(double* x, double* y, std::size_t quarter, const 
     y1[k] = b1 + b3;
     const double rx = a0 - a2, sx = a1 - a3, ry = b0 - b2, sy = b1 - b3;
     const double u = rx + sy, v = ry - sx, p = rx - sy, q = ry + sx;
-    const bool rotated = !first || k != 0;
-    x2[k] = rotated ? u * w.cos1[k] + v * w.sin1[k] : u;
-    y2[k] = rotated ? v * w.cos1[k] - u * w.sin1[k] : v;
-    x3[k] = rotated ? p * w.cos3[k] + q * w.sin3[k] : p;
-    y3[k] = rotated ? q * w.cos3[k] - p * w.sin3[k] : q;
+    const std::uint64_t mask = first ? kUnrotated[k] : 0;
+    x2[k] = selected(mask, u, u * w.cos1[k] + v * w.sin1[k]);
+    y2[k] = selected(mask, v, v * w.cos1[k] - u * w.sin1[k]);
+    x3[k] = selected(mask, p, p * w.cos3[k] + q * w.sin3[k]);
+    y3[k] = selected(mask, q, q * w.cos3[k] - p * w.sin3[k]);
   }
 }
 
