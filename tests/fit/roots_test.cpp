@@ -19,8 +19,8 @@ TEST(PolynomialRoots, AreEigenvaluesWithSmallResiduals) {
   }
   unity[0] = 1;
   unity[50] = -1;
-  std::vector<Values> polynomials = {wilkinson, unity, {2, -6, 4}, {3, -1, 2, 0, 0}};
-  polynomials.push_back({1, -8, 24, -32, 16});  // (x - 2)^4
+  const Values fourfold = {1, -8, 24, -32, 16};
+  std::vector<Values> polynomials = {wilkinson, unity, fourfold, {2, -6, 4}, {3, -1, 2, 0, 0}};
   for (const std::size_t n : sizes({})) polynomials.push_back(uniform(n + 1, n));
   for (const Values& a : polynomials) {
     Values matrix(a.size() * a.size());
