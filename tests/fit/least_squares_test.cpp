@@ -48,9 +48,10 @@ struct Reference {
     Values h;
     for (std::size_t i = 0; i < n; ++i) {
       if (first == 0) h.push_back(1.0);
-      for (int p = std::max(first, 1); p <= last; ++p)
-        for (std::size_t j = 0; j < predictors; ++j)
-          h.push_back(std::pow(x[i * predictors + j], p));
+      for (int p = std::max(first, 1); p <= last; ++p) {
+        const double* row = &x[i * predictors];
+        for (std::size_t j = 0; j < predictors; ++j) h.push_back(std::pow(row[j], p));
+      }
     }
     return {h, y, coefficients.size()};
   }
