@@ -15,10 +15,6 @@ namespace {
 constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr double kHalfPi = kPi / 2;
 
-bool isFinite(double x) {
-  return fathom::fabs(x) <= std::numeric_limits<double>::max();
-}
-
 // |x| = quadrant pi/2 + angle, modulo 2 pi, with |angle| <= pi/4 (or a little more, where that
 // rounds to x).
 template <int n>

@@ -41,10 +41,6 @@ constexpr double kRadii[] = {0.3, 3.0, 0.1, 1.0};
 // A step that promises to shorten the residual by less than this is the last.
 constexpr double kConverged = 1e-9;
 
-bool isFinite(double x) {
-  return fabs(x) <= std::numeric_limits<double>::max();
-}
-
 // The root of the sum of squares, each taken relative to the largest; not finite where x is not.
 double norm(const double* x, std::size_t n) {
   double largest = 0.0;

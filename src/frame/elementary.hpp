@@ -46,6 +46,9 @@ double fmod(double x, double y);
 inline bool isNan(double x) {
   return x != x;
 }
+inline bool isFinite(double x) {
+  return fabs(x) <= DBL_MAX;
+}
 
 double sin(double x);
 double cos(double x);

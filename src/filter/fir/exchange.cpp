@@ -31,10 +31,6 @@ std::size_t wholeFours(std::size_t nodes) {
   return (nodes + kTogether - 1) / kTogether * kTogether;
 }
 
-bool isFinite(double x) {
-  return fabs(x) < kInfinity;
-}
-
 // The response of a multiband filter needs no factor for an odd length; the factors of the others
 // vanish at one half, except that of an antisymmetric filter of even length.
 bool vanishesAtHalf(bool symmetric, int32_t n) {
