@@ -69,7 +69,7 @@ void addEigenRows() {
 void addConversionRows() {
   constexpr double kGoal = 1.0 / 1.05;
   for (const std::int32_t n : kSizes) {
-    addRow({"ToPolar1D", n, "libm sqrt, atan2", kGoal, [n]() -> Sides {
+    addRow({"ToPolar1D", n, "libm sqrt, atan2", byLevel(3.0, 1.7, 1.0), [n]() -> Sides {
               const Array re = uniform(n, -1.0, 1.0), im = uniform(n, -2.0, 1.0);
               const Array magnitude = constant(n, 0.0), phase = constant(n, 0.0);
               return {[=] {
@@ -86,7 +86,7 @@ void addConversionRows() {
             }});
   }
   for (const std::int32_t n : kSizes) {
-    addRow({"ToRect1D", n, "libm sincos", kGoal, [n]() -> Sides {
+    addRow({"ToRect1D", n, "libm sincos", byLevel(3.0, 1.7, 1.0), [n]() -> Sides {
               const Array magnitude = uniform(n, 0.0, 1.0), phase = uniform(n, -3.0, 3.0);
               const Array re = constant(n, 0.0), im = constant(n, 0.0);
               return {[=] {

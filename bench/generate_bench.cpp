@@ -63,7 +63,7 @@ void addNoiseRows(std::int32_t n, double goal) {
 void addGenerateRows() {
   constexpr double kFrequency = 0.0123;
   for (const std::int32_t n : kSizes) {
-    addRow({"SineWave", n, "n sin", 1.0 / 1.1, [n]() -> Sides {
+    addRow({"SineWave", n, "the loop with libm", byLevel(3.0, 1.7, 1.0), [n]() -> Sides {
               const Array y = constant(n, 0.0);
               return {[=] {
                         double phase = 0.0;

@@ -1,7 +1,10 @@
 // Transforms and the power spectrum beside FFTW, GSL and KissFFT. Fathom makes its twiddle factors
-// in each call, so that its fair peer is a planned transform and the calls of sincos together.
-#include <cmath>
+// in each call, so that its fair peer is a planned transform and as many sines and cosines
+// together.
+#include <algorithm>
+#include <cstdlib>
 
+#include "frame/elementary.hpp"
 #include "table.hpp"
 
 #if defined(FATHOM_BENCH_FFTW)
@@ -62,20 +65,15 @@ constexpr RealWork kRealWorks[] = {{"ReFFT", realTransform}, {"AutoPowerSpectrum
 const std::string kPlannedOnce = "sincos + FFTW planned once";
 const std::string kPlannedPerCall = "FFTW planned per call";
 
-// `calls` angles a and 3a in turn, with a over [0, range).
-double sumOfSineCosine(std::int32_t calls, double range) {
-  const std::int32_t pairs = calls / 2;
-  const double step = range / pairs;
-  double angle = 0.0;
+// Fathom's own sines and cosines of `count` angles up to three quarter turns.
+double sumOfSineCosine(std::int32_t count) {
+  constexpr std::size_t kTile = 512;
+  double angle[kTile], s[kTile], c[kTile];
+  for (std::size_t i = 0; i < kTile; ++i) angle[i] = static_cast<double>(i + 1) * (4.7 / kTile);
   double sum = 0.0;
-  for (std::int32_t k = 0; k < pairs; ++k) {
-    for (const double a : {angle, 3.0 * angle}) {
-      double s = 0.0;
-      double c = 0.0;
-      ::sincos(a, &s, &c);
-      sum += s + c;
-    }
-    angle += step;
+  for (auto left = static_cast<std::size_t>(count); left > 0; left -= std::min(left, kTile)) {
+    fathom::sincos(angle, std::min(left, kTile), s, c);
+    sum += s[0] + c[0];
   }
   return sum;
 }
@@ -118,8 +116,22 @@ void addFftwComplexRow(std::int32_t n, double goal) {
             }
             const auto sum = std::make_shared<double>();
             sides.peer = [=] {
-              *sum = sumOfSineCosine(n, 1.5707963267948966);
+              *sum = sumOfSineCosine(n);
               fftw_execute_dft(plan.get(), in.get(), out.get());
+            };
+            return sides;
+          }});
+}
+
+void addFftwPlannedPerCallRow(std::int32_t n) {
+  addRow({"FFT", n, kPlannedPerCall, 1.0, [n] {
+            Sides sides = complexTransform(n);
+            const ComplexArray data = complexArray(n);
+            for (std::int32_t i = 0; i < n; ++i) data[i][0] = data[i][1] = 0.0;
+            sides.peer = [=] {
+              const Plan plan(
+                  fftw_plan_dft_1d(n, data.get(), data.get(), FFTW_FORWARD, FFTW_ESTIMATE));
+              fftw_execute(plan.get());
             };
             return sides;
           }});
@@ -136,7 +148,7 @@ void addFftwRealRows(const RealWork& w, std::int32_t n) {
             *in = *uniform(n, -1.0, 1.0);
             const auto sum = std::make_shared<double>();
             sides.peer = [=] {
-              *sum = sumOfSineCosine(n / 2, 0.7853981633974483);
+              *sum = sumOfSineCosine(n / 2);
               fftw_execute_dft_r2c(plan.get(), in->data(), out.get());
             };
             return sides;
@@ -193,8 +205,9 @@ void addKissRow(const RealWork& w, std::int32_t n) {
 
 void addSpectralRows() {
 #if defined(FATHOM_BENCH_FFTW)
-  addFftwComplexRow(1'024, 1.0 / 1.3);
-  addFftwComplexRow(1'048'576, 1.0 / 1.2);
+  addFftwComplexRow(1'024, 1.0 / 1.5);
+  addFftwComplexRow(1'048'576, 1.0 / 1.3);
+  for (const std::int32_t n : kTransformSizes) addFftwPlannedPerCallRow(n);
 #else
   leaveOut("FFTW", "FFT, ReFFT, AutoPowerSpectrum");
 #endif

@@ -208,6 +208,16 @@ class TableReporter : public benchmark::BenchmarkReporter {
 
 }  // namespace
 
+double byLevel(double wide, double middle, double narrow) {
+#if defined(__x86_64__) && defined(__GNUC__)
+  const std::string level = FATHOM_BENCH_LEVEL;  // empty: the highest that the processor has
+  if (level != "x86-64" && __builtin_cpu_supports("avx2")) {
+    return level != "x86-64-v3" && __builtin_cpu_supports("avx512vl") ? wide : middle;
+  }
+#endif
+  return narrow;
+}
+
 double secondsByPython(const std::string& program) {
   for (std::string command : {"python3", "/usr/bin/python3"}) {
     command.append(" -c \"").append(program).append("\" 2>/dev/null");
@@ -254,6 +264,7 @@ Array uniform(std::int32_t n, double low, double high) {
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  fathom::bench::addElementaryRows();
   fathom::bench::addArrayRows();
   fathom::bench::addArrayComplexRows();
   fathom::bench::addStatsRows();

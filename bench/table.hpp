@@ -35,6 +35,9 @@ inline constexpr double kNoGoal = 0.0;
 // Sizes whose arrays lie in the first-level cache, in the second-level cache, and beyond it.
 inline constexpr std::int32_t kSizes[] = {1'000, 30'000, 4'000'000};
 
+// A goal that depends on the vectors that the library uses: of 512, 256 or 128 bits.
+double byLevel(double wide, double middle, double narrow);
+
 void addRow(Row row);
 
 // Processor seconds that a Python program measures and prints; 0 where no Python can run it.
@@ -45,6 +48,7 @@ void spend(double seconds);
 void leaveOut(const std::string& peer, const std::string& work);
 
 // One function per source file, each adding its rows.
+void addElementaryRows();
 void addArrayRows();
 void addArrayComplexRows();
 void addStatsRows();
