@@ -67,7 +67,6 @@ void addEigenRows() {
 #endif
 
 void addConversionRows() {
-  constexpr double kGoal = 1.0 / 1.05;
   for (const std::int32_t n : kSizes) {
     addRow({"ToPolar1D", n, "libm sqrt, atan2", byLevel(3.0, 1.7, 1.0), [n]() -> Sides {
               const Array re = uniform(n, -1.0, 1.0), im = uniform(n, -2.0, 1.0);
