@@ -556,8 +556,11 @@ Slots prepare(const Routine& r, std::int32_t size, std::uint64_t seed) {
     const Argument& a = r.arguments[i];
     Slot& s = slots[i];
     s.real = a.value;
-    s.integer = a.role == Role::kCount && a.value == 0.0 ? std::min(size, a.limit)
-                                                         : static_cast<std::int32_t>(a.value);
+    if (a.role == Role::kCount && a.value == 0.0) {
+      s.integer = std::min(size, a.limit);
+    } else if (a.role != Role::kReal) {
+      s.integer = static_cast<std::int32_t>(a.value);
+    }
     if (a.role > Role::kOutput) continue;
     s.reals.assign(capacity + 2 * Slot::kGuard, Slot::kFill);
     s.integers.assign(capacity + 2 * Slot::kGuard, Slot::kIntegerFill);
