@@ -52,8 +52,10 @@ FATHOM_INLINE Complex quotient(Complex a, Complex b, double m) {
 
 // With the angle atan2(im, re); but both are 0 where each part is zero or NaN.
 FATHOM_INLINE Polar polar(Complex a, double angle) {
-  if (!isNonzero(a.real) && !isNonzero(a.imaginary)) return {0.0, 0.0};
-  return {sqrt(squaredModulus(a)), angle};
+  const bool nonzero =
+      static_cast<int>(isNonzero(a.real)) | static_cast<int>(isNonzero(a.imaginary));
+  const double modulus = sqrt(squaredModulus(a));
+  return {nonzero ? modulus : 0.0, nonzero ? angle : 0.0};
 }
 
 inline Complex rectangular(Polar p) {

@@ -46,6 +46,19 @@ FATHOM_MULTIVERSION void evaluateLine(Operand a, std::size_t n, Complex b, Compl
 }
 
 // The results may overwrite the magnitudes.
+// Conversions make their angles, sines and cosines a tile at a time.
+constexpr std::size_t kTile = 64;
+
+FATHOM_MULTIVERSION void polarParts(const double* re, const double* im, const double* angle,
+                                    std::size_t n, double* magnitude, double* phase) {
+  FATHOM_INDEPENDENT
+  for (std::size_t i = 0; i < n; ++i) {
+    const fathom::Polar p = fathom::polar({re[i], im[i]}, angle[i]);
+    magnitude[i] = p.magnitude;
+    phase[i] = p.phase;
+  }
+}
+
 FATHOM_MULTIVERSION void scaleParts(const double* magnitude, const double* cosine,
                                     const double* sine, std::size_t n, double* re, double* im) {
   FATHOM_INDEPENDENT
@@ -125,15 +138,11 @@ AnalysisStatus ToPolar1D(const double* re, const double* im, int32_t n, double* 
                          double* phase) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   const auto size = static_cast<std::size_t>(n);
-  double angle[fathom::kBlock];
-  for (std::size_t start = 0; start < size; start += fathom::kBlock) {
-    const std::size_t count = std::min(fathom::kBlock, size - start);
+  double angle[kTile];
+  for (std::size_t start = 0; start < size; start += kTile) {
+    const std::size_t count = std::min(kTile, size - start);
     fathom::atan2(im + start, re + start, count, angle);
-    for (std::size_t i = start; i < start + count; ++i) {
-      const fathom::Polar p = fathom::polar({re[i], im[i]}, angle[i - start]);
-      magnitude[i] = p.magnitude;
-      phase[i] = p.phase;
-    }
+    polarParts(re + start, im + start, angle, count, magnitude + start, phase + start);
   }
   return FATHOM_OK;
 }
@@ -142,9 +151,9 @@ AnalysisStatus ToRect1D(const double* magnitude, const double* phase, int32_t n,
                         double* im) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   const auto size = static_cast<std::size_t>(n);
-  double sine[fathom::kBlock], cosine[fathom::kBlock];
-  for (std::size_t start = 0; start < size; start += fathom::kBlock) {
-    const std::size_t count = std::min(fathom::kBlock, size - start);
+  double sine[kTile], cosine[kTile];
+  for (std::size_t start = 0; start < size; start += kTile) {
+    const std::size_t count = std::min(kTile, size - start);
     fathom::sincos(phase + start, count, sine, cosine);
     scaleParts(magnitude + start, cosine, sine, count, re + start, im + start);
   }
