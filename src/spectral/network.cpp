@@ -138,9 +138,10 @@ AnalysisStatus NetworkFunctions(const double* stimulus, const double* response, 
   fathom::Workspace<double> responsePower(half + 1);
   if (!crossRe || !crossIm || !stimulusPower || !responsePower) return FATHOM_ERR_MEMORY;
   const Sums sums = {crossRe.data(), crossIm.data(), stimulusPower.data(), responsePower.data()};
-  for (double* sum : {sums.re, sums.im, sums.stimulus, sums.response}) {
-    std::fill_n(sum, half + 1, 0.0);
-  }
+  std::fill_n(sums.re, half + 1, 0.0);
+  std::fill_n(sums.im, half + 1, 0.0);
+  std::fill_n(sums.stimulus, half + 1, 0.0);
+  std::fill_n(sums.response, half + 1, 0.0);
   for (int32_t f = 0; f < frames; ++f) {
     transform(stimulus + static_cast<std::size_t>(f) * size, n, x.data());
     transform(response + static_cast<std::size_t>(f) * size, n, y.data());
