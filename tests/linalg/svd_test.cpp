@@ -332,11 +332,15 @@ TEST(SVD, FindsKnownValues) {
   ASSERT_EQ(SVDS(triangle.data(), 30, 30, s.data()), FATHOM_OK);
   for (int k = 0; k < 30; ++k) EXPECT_NEAR(s[k], 0.5 / std::sin((2 * k + 1) * M_PI / 122), 1e-13);
   Values hilbert, graded, vandermonde;
-  for (int i = 0; i < 36; ++i) hilbert.push_back(1.0 / (i / 6 + i % 6 + 1));
-  for (int i = 0; i < 36; ++i) {
-    graded.push_back((i % 7 == 0 ? 2 : 1) * std::ldexp(1.0, -4 * (i / 6 + i % 6)));
+  for (int i = 0; i < 6; ++i) {
+    for (int j = 0; j < 6; ++j) {
+      hilbert.push_back(1.0 / (i + j + 1));
+      graded.push_back((i == j ? 2 : 1) * std::ldexp(1.0, -4 * (i + j)));
+    }
   }
-  for (int i = 0; i < 40; ++i) vandermonde.push_back(std::pow((i / 5 + 1) / 8.0, i % 5));
+  for (int i = 0; i < 8; ++i) {
+    for (int j = 0; j < 5; ++j) vandermonde.push_back(std::pow((i + 1) / 8.0, j));
+  }
   for (auto& [a, expected, limit] : std::vector<std::tuple<Values&, Values, double>>{
            {hilbert,
             {1.6188998589243393, 0.2423608705752095, 0.01632152131987582, 0.0006157483541826447,
