@@ -210,9 +210,8 @@ class TableReporter : public benchmark::BenchmarkReporter {
 
 double byLevel(double wide, double middle, double narrow) {
 #if defined(__x86_64__) && defined(__GNUC__)
-  // Empty: the highest that the processor has.
-  constexpr std::string_view level =
-      FATHOM_BENCH_LEVEL;  // NOLINT(readability-redundant-string-init)
+  // Empty: the highest that the processor has. NOLINTNEXTLINE(readability-redundant-string-init)
+  constexpr std::string_view level = FATHOM_BENCH_LEVEL;
   if (level != "x86-64" && __builtin_cpu_supports("avx2")) {
     return level != "x86-64-v3" && __builtin_cpu_supports("avx512vl") ? wide : middle;
   }
