@@ -96,13 +96,11 @@ FATHOM_INLINE std::uint64_t outsideBits(double x, double limit) {
 }
 
 // Rounds a pair that is off by at most `error` (absolute, above 0). The result must be a normal
-// number. Arguments that the fast path does not serve are marked through `outside`.
-FATHOM_INLINE RoundedResult roundedWithin(DoubleDouble x, double error, bool outside = false) {
+// number.
+FATHOM_INLINE RoundedResult roundedWithin(DoubleDouble x, double error) {
   const double above = x.high + (x.low + error);
   const double below = x.high + (x.low - error);
-  // Not above != below: NaN must be in doubt, too, and one comparison vectorises.
-  const bool certain = above == below;
-  return {above, static_cast<std::uint64_t>(!certain) | static_cast<std::uint64_t>(outside)};
+  return {above, differingBits(above, below)};
 }
 
 }  // namespace fathom

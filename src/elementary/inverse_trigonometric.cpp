@@ -12,10 +12,10 @@
 // Error, relative to the result: u as a pair 2^-101; of the polynomial, whose terms beyond u are at
 // most 2^-19.5 |u|, five roundings 2^-70.2, the low half of u that is left out of the cube 2^-71,
 // the term u^9/9 2^-75; table and sums 2^-103. Together below 2^-69.
-#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 #include "elementary/array_form.hpp"
 #include "elementary/double_double.hpp"
@@ -33,7 +33,38 @@ constexpr double kToInteger = 0x1.8p52;
 constexpr double kSmallest = 0x1p-400;
 constexpr double kLargest = 0x1p400;
 
+constexpr std::uint64_t kSign = std::uint64_t{1} << 63;
 constexpr DoubleDouble kHalfPi = {0x1.921fb54442d18p+0, 0x1.1a62633145c07p-54};
+constexpr DoubleDouble kStraight = {2.0 * kHalfPi.high, 2.0 * kHalfPi.low};
+
+// As many rows as the bits of an index name: arguments that are not served need one, too.
+constexpr std::size_t kRows = 512;
+struct RowTable {
+  double row[kRows][2];
+};
+constexpr RowTable kTable = [] {
+  RowTable t{};
+  for (std::size_t j = 0; j < std::size(kArctangent); ++j) {
+    t.row[j][0] = kArctangent[j][0];
+    t.row[j][1] = kArctangent[j][1];
+  }
+  return t;
+}();
+
+// Choices by bits, for they vectorise for two lanes, which comparisons do badly. The bits of
+// magnitudes are ordered as these are, NaN last.
+FATHOM_INLINE std::uint64_t bitsOf(double x) {
+  return std::bit_cast<std::uint64_t>(x);
+}
+FATHOM_INLINE std::uint64_t allBitsIfNegative(std::uint64_t bits) {
+  return 0 - (bits >> 63);
+}
+FATHOM_INLINE double chosen(std::uint64_t mask, double a, double b) {
+  return std::bit_cast<double>(bitsOf(b) ^ ((bitsOf(a) ^ bitsOf(b)) & mask));
+}
+FATHOM_INLINE double flipped(double x, std::uint64_t sign) {
+  return std::bit_cast<double>(bitsOf(x) ^ sign);
+}
 
 // a / b to within 2^-101.
 FATHOM_INLINE DoubleDouble quotient(DoubleDouble a, DoubleDouble b) {
@@ -45,17 +76,16 @@ FATHOM_INLINE DoubleDouble quotient(DoubleDouble a, DoubleDouble b) {
   return fastTwoSum(first, remainder * reciprocal);
 }
 
-// The angle in [0, pi] of the point (x, |y|). Without tails, the low halves are 0 and left out.
+// The angle in [0, pi] of the point (x, y), y >= 0, given |x| and the sign of x. Without tails, the
+// low halves are 0 and left out.
 template <bool tails>
 FATHOM_INLINE RoundedResult angle(DoubleDouble y, DoubleDouble x, double xSign) {
-  const bool steep = y.high > x.high;
-  const DoubleDouble small = {steep ? x.high : y.high, steep ? x.low : y.low};
-  const DoubleDouble big = {steep ? y.high : x.high, steep ? y.low : x.low};
+  const std::uint64_t steep = allBitsIfNegative(bitsOf(x.high) - bitsOf(y.high));
+  const DoubleDouble small = {chosen(steep, x.high, y.high), chosen(steep, x.low, y.low)};
+  const DoubleDouble big = {chosen(steep, y.high, x.high), chosen(steep, y.low, x.low)};
 
   const double shifted = small.high / big.high * 256.0 + kToInteger;
-  // At most 256; NaN, of arguments that are not served, needs a row, too.
-  const std::uint64_t row =
-      std::min(std::bit_cast<std::uint64_t>(shifted) & 511, std::uint64_t{256});
+  const std::uint64_t row = bitsOf(shifted) % kRows;
   const double c = (shifted - kToInteger) * 0x1p-8;
 
   const DoubleDouble bigParts = split(big.high);
@@ -76,27 +106,33 @@ FATHOM_INLINE RoundedResult angle(DoubleDouble y, DoubleDouble x, double xSign) 
   const double series = u.high * square * (-1.0 / 3.0 + square * (0.2 - square * (1.0 / 7.0)));
 
   // In the four octants of the upper half plane: a, pi/2 - a, pi/2 + a, pi - a.
-  const bool left = xSign < 0.0;
-  const double sense = steep != left ? -1.0 : 1.0;
-  const double quarters = steep ? 1.0 : (left ? 2.0 : 0.0);
-  const DoubleDouble base = {quarters * kHalfPi.high, quarters * kHalfPi.low};
-  const DoubleDouble table = {sense * kArctangent[row][0], sense * kArctangent[row][1]};
-  const DoubleDouble rest = {sense * u.high, sense * (u.low + series)};
+  const std::uint64_t left = allBitsIfNegative(bitsOf(xSign));
+  const std::uint64_t sense = (steep ^ left) & kSign;
+  const DoubleDouble base = {chosen(steep, kHalfPi.high, chosen(left, kStraight.high, 0.0)),
+                             chosen(steep, kHalfPi.low, chosen(left, kStraight.low, 0.0))};
+  const DoubleDouble table = {flipped(kTable.row[row][0], sense),
+                              flipped(kTable.row[row][1], sense)};
+  const DoubleDouble rest = {flipped(u.high, sense), flipped(u.low + series, sense)};
   const DoubleDouble result = (base + table) + rest;
   return roundedWithin(result, kRelativeError * result.high);
 }
 
+// Not 0 unless both magnitudes are in the range, or the lesser is 0.
+FATHOM_INLINE std::uint64_t outsideRange(double y, double x) {
+  const std::uint64_t yBits = bitsOf(y), xBits = bitsOf(x);
+  const std::uint64_t steep = allBitsIfNegative(xBits - yBits);
+  const std::uint64_t big = xBits ^ ((xBits ^ yBits) & steep);
+  const std::uint64_t small = yBits ^ ((xBits ^ yBits) & steep);
+  const std::uint64_t smallOutside = (small - bitsOf(kSmallest)) & ~(small - 1);
+  return ((bitsOf(kLargest) - big) | (big - bitsOf(kSmallest)) | smallOutside) & kSign;
+}
+
 FATHOM_INLINE RoundedResult fastAtan2(double y, double x) {
-  const double yMagnitude = fabs(y);
-  const double xMagnitude = fabs(x);
-  RoundedResult result = angle<false>({yMagnitude, 0.0}, {xMagnitude, 0.0}, x);
-  const double big = yMagnitude > xMagnitude ? yMagnitude : xMagnitude;
-  const double small = yMagnitude > xMagnitude ? xMagnitude : yMagnitude;
-  const bool served =
-      (big <= kLargest) & (big >= kSmallest) & ((small >= kSmallest) | (small == 0.0));
-  result.doubt |= static_cast<std::uint64_t>(!served);
-  result.value = copysign(result.value, y);
-  return result;
+  const double yMagnitude = magnitude(y);
+  const double xMagnitude = magnitude(x);
+  const RoundedResult result = angle<false>({yMagnitude, 0.0}, {xMagnitude, 0.0}, x);
+  return {flipped(result.value, bitsOf(y) & kSign),
+          result.doubt | outsideRange(yMagnitude, xMagnitude)};
 }
 
 // The angle of (x, sqrt(1 - x^2)).
@@ -106,10 +142,9 @@ FATHOM_INLINE RoundedResult fastAcos(double x) {
   const DoubleDouble rootSquare = twoProduct(root, root);
   const double tail =
       (((square.high - rootSquare.high) - rootSquare.low) + square.low) / (2.0 * root);
-  RoundedResult result = angle<true>({root, tail}, {fabs(x), 0.0}, x);
-  const bool served = fabs(x) < 1.0;
-  result.doubt |= static_cast<std::uint64_t>(!served);
-  return result;
+  const RoundedResult result = angle<true>({root, tail}, {magnitude(x), 0.0}, x);
+  // Beyond 1 the root is NaN.
+  return {result.value, result.doubt | outsideBits(x, 0x1.fffffffffffffp-1)};
 }
 
 FATHOM_MULTIVERSION bool atan2Block(const double* y, const double* x, std::size_t n, double* result,
