@@ -46,9 +46,6 @@ FATHOM_MULTIVERSION void evaluateLine(Operand a, std::size_t n, Complex b, Compl
 }
 
 // The results may overwrite the magnitudes.
-// Conversions make their angles, sines and cosines a tile at a time.
-constexpr std::size_t kTile = 64;
-
 FATHOM_MULTIVERSION void polarParts(const double* re, const double* im, const double* angle,
                                     std::size_t n, double* magnitude, double* phase) {
   FATHOM_INDEPENDENT
@@ -138,9 +135,9 @@ AnalysisStatus ToPolar1D(const double* re, const double* im, int32_t n, double* 
                          double* phase) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   const auto size = static_cast<std::size_t>(n);
-  double angle[kTile];
-  for (std::size_t start = 0; start < size; start += kTile) {
-    const std::size_t count = std::min(kTile, size - start);
+  double angle[fathom::kBlock];
+  for (std::size_t start = 0; start < size; start += fathom::kBlock) {
+    const std::size_t count = std::min(fathom::kBlock, size - start);
     fathom::atan2(im + start, re + start, count, angle);
     polarParts(re + start, im + start, angle, count, magnitude + start, phase + start);
   }
@@ -151,9 +148,9 @@ AnalysisStatus ToRect1D(const double* magnitude, const double* phase, int32_t n,
                         double* im) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   const auto size = static_cast<std::size_t>(n);
-  double sine[kTile], cosine[kTile];
-  for (std::size_t start = 0; start < size; start += kTile) {
-    const std::size_t count = std::min(kTile, size - start);
+  double sine[fathom::kBlock], cosine[fathom::kBlock];
+  for (std::size_t start = 0; start < size; start += fathom::kBlock) {
+    const std::size_t count = std::min(fathom::kBlock, size - start);
     fathom::sincos(phase + start, count, sine, cosine);
     scaleParts(magnitude + start, cosine, sine, count, re + start, im + start);
   }

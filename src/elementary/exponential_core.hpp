@@ -86,10 +86,9 @@ FATHOM_INLINE ScaledSum exponential(double head, double tail, double steps, Tabl
 
 // Rounds a sum that is off by at most `error`, and marks the result if `outside` is not 0.
 FATHOM_INLINE RoundedResult roundedAndScaled(ScaledSum x, double error, std::uint64_t outside) {
-  const double above = x.s + (x.low + error);
-  const double below = x.s + (x.low - error);
-  const auto bits = std::bit_cast<std::uint64_t>(above) + x.exponentBits;
-  return {std::bit_cast<double>(bits), differingBits(above, below) | outside};
+  const RoundedResult result = roundedWithin({x.s, x.low}, error);
+  const auto bits = std::bit_cast<std::uint64_t>(result.value) + x.exponentBits;
+  return {std::bit_cast<double>(bits), result.doubt | outside};
 }
 
 }  // namespace fathom

@@ -117,14 +117,14 @@ FATHOM_INLINE RoundedResult angle(DoubleDouble y, DoubleDouble x, double xSign) 
   return roundedWithin(result, kRelativeError * result.high);
 }
 
-// Not 0 unless both magnitudes are in the range, or the lesser is 0.
+// Not 0 unless each magnitude is in the range or 0, and one is not 0.
+FATHOM_INLINE std::uint64_t outsideRange(double magnitude) {
+  const std::uint64_t bits = bitsOf(magnitude);
+  return (bitsOf(kLargest) - bits) | ((bits - bitsOf(kSmallest)) & ~(bits - 1));
+}
 FATHOM_INLINE std::uint64_t outsideRange(double y, double x) {
-  const std::uint64_t yBits = bitsOf(y), xBits = bitsOf(x);
-  const std::uint64_t steep = allBitsIfNegative(xBits - yBits);
-  const std::uint64_t big = xBits ^ ((xBits ^ yBits) & steep);
-  const std::uint64_t small = yBits ^ ((xBits ^ yBits) & steep);
-  const std::uint64_t smallOutside = (small - bitsOf(kSmallest)) & ~(small - 1);
-  return ((bitsOf(kLargest) - big) | (big - bitsOf(kSmallest)) | smallOutside) & kSign;
+  const std::uint64_t bothZero = (bitsOf(y) | bitsOf(x)) - 1;
+  return (outsideRange(y) | outsideRange(x) | bothZero) & kSign;
 }
 
 FATHOM_INLINE RoundedResult fastAtan2(double y, double x) {

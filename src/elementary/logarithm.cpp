@@ -63,9 +63,8 @@ FATHOM_INLINE RoundedResult fastLog(double x, const LogarithmRow& row) {
   const double lost = (reduced.leading - s) + z;
   const DoubleDouble y = Base::inBase({s, rounded(square * p) + (lost + reduced.rest)});
   const double error = rounded(square * Base::kSquareError) + rounded(magnitude(s) * kSumError);
-  const double above = y.high + (y.low + error);
-  const double below = y.high + (y.low - error);
-  return {above, differingBits(above, below) | outsideCells(x)};
+  const RoundedResult result = roundedWithin(y, error);
+  return {result.value, result.doubt | outsideCells(x)};
 }
 
 template <typename Base>
