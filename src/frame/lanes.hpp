@@ -20,6 +20,8 @@ struct LanesOf {
 };
 template <std::size_t bytes>
 using Lanes = typename LanesOf<bytes>::Type;
+template <std::size_t bytes>
+inline constexpr std::size_t kLanesOf = bytes / sizeof(double);
 
 template <typename L>
 FATHOM_INLINE void load(L& lanes, const double* x) {

@@ -1,5 +1,5 @@
-// Tiles of matrices in vector registers: runs of neighbouring elements, and the transpose of a
-// square. Elements have 1 part or, when complex, 2; both are taken as doubles.
+// Tiles of matrices in vector registers: runs of neighbouring elements, and squares transposed.
+// Elements have 1 part or, when complex, 2; both are taken as doubles.
 #ifndef FATHOM_LINALG_TILE_HPP
 #define FATHOM_LINALG_TILE_HPP
 
@@ -9,11 +9,9 @@
 
 #include "frame/lanes.hpp"
 #include "frame/multiversion.hpp"
+#include "frame/transpose.hpp"
 
 namespace fathom {
-
-template <std::size_t bytes>
-inline constexpr std::size_t kLanesOf = bytes / sizeof(double);
 
 // Lanes, and a plain double for a single lane.
 template <std::size_t bytes>
@@ -93,45 +91,9 @@ struct Run {
   }
 };
 
-// Of rows x and y of a square: exchanges the blocks of `half` doubles of x that belong to y, those
-// at odd places, with those of y at even places.
-template <std::size_t half, typename L, std::size_t... i>
-FATHOM_INLINE void exchangeBlocks(L& x, L& y, std::index_sequence<i...>) {
-  constexpr std::size_t kLanes = sizeof...(i);
-  constexpr auto kSource = [](std::size_t k, bool second) {
-    const bool odd = k / half % 2 != 0;
-    const std::size_t from = odd == second ? k : second ? k + half : k - half;
-    return static_cast<int>(from + (odd ? kLanes : 0));
-  };
-  const L first = __builtin_shufflevector(x, y, kSource(i, false)...);
-  y = __builtin_shufflevector(x, y, kSource(i, true)...);
-  x = first;
-}
-
 template <typename L, std::size_t... i>
 FATHOM_INLINE void negateSeconds(L& x, std::index_sequence<i...>) {
   x = __builtin_shufflevector(x, -x, static_cast<int>(i % 2 == 0 ? i : i + sizeof...(i))...);
-}
-
-// Transposes a square of as many elements squared as fit in a vector.
-template <std::size_t parts, typename L, std::size_t side>
-FATHOM_INLINE void transpose(L (&row)[side]) {
-  constexpr auto kAll = std::make_index_sequence<side * parts>();
-  if constexpr (side > 1) {
-    FATHOM_UNROLL
-    for (std::size_t i = 0; i < side; i += 2) exchangeBlocks<parts>(row[i], row[i + 1], kAll);
-  }
-  if constexpr (side > 2) {
-    FATHOM_UNROLL
-    for (std::size_t i = 0; i < side; i += 4) {
-      exchangeBlocks<2 * parts>(row[i], row[i + 2], kAll);
-      exchangeBlocks<2 * parts>(row[i + 1], row[i + 3], kAll);
-    }
-  }
-  if constexpr (side > 4) {
-    FATHOM_UNROLL
-    for (std::size_t i = 0; i < 4; ++i) exchangeBlocks<4 * parts>(row[i], row[i + 4], kAll);
-  }
 }
 
 // T = the transpose of A, conjugated where complex, of such a square. The strides are in doubles.

@@ -13,34 +13,19 @@
 
 #include "frame/lanes.hpp"
 #include "frame/multiversion.hpp"
+#include "frame/transpose.hpp"
 
 namespace fathom {
 
 inline constexpr std::size_t kTileSide = 8;
 inline constexpr std::size_t kReversed3[kTileSide] = {0, 4, 2, 6, 1, 5, 3, 7};
 
-// Eight lanes, whatever the width of the processor's registers.
-using EightLanes = Lanes<kTileSide * sizeof(double)>;
-typedef long long LaneMask __attribute__((vector_size(kTileSide * sizeof(double))));
-
-FATHOM_INLINE void transpose(EightLanes (&v)[kTileSide]) {
-  EightLanes a[kTileSide];
-  for (int i = 0; i < 8; i += 2) {
-    a[i] = __builtin_shufflevector(v[i], v[i + 1], 0, 8, 2, 10, 4, 12, 6, 14);
-    a[i + 1] = __builtin_shufflevector(v[i], v[i + 1], 1, 9, 3, 11, 5, 13, 7, 15);
-  }
-  EightLanes b[kTileSide];
-  for (int i = 0; i < 8; i += 4) {
-    for (int k = 0; k < 2; ++k) {
-      b[i + k] = __builtin_shufflevector(a[i + k], a[i + k + 2], 0, 1, 8, 9, 4, 5, 12, 13);
-      b[i + k + 2] = __builtin_shufflevector(a[i + k], a[i + k + 2], 2, 3, 10, 11, 6, 7, 14, 15);
-    }
-  }
-  for (int i = 0; i < 4; ++i) {
-    v[i] = __builtin_shufflevector(b[i], b[i + 4], 0, 1, 2, 3, 8, 9, 10, 11);
-    v[i + 4] = __builtin_shufflevector(b[i], b[i + 4], 4, 5, 6, 7, 12, 13, 14, 15);
-  }
-}
+// A strip of a tile: as many of its rows as a register has lanes, eight columns each, or as many of
+// its columns. The arrays transformed together (one, or real and imaginary parts) have one each.
+template <std::size_t bytes, std::size_t parts>
+using Strip = Lanes<bytes>[parts][kTileSide];
+template <std::size_t bytes>
+inline constexpr std::size_t kStrips = kTileSide / kLanesOf<bytes>;
 
 // The reversal of a counter that runs up from 0, over `count` values, a power of two.
 class ReversedCounter {
@@ -73,66 +58,134 @@ constexpr bool isWholeBlock(std::size_t number) {
   return std::countr_one(number) % 2 == 0;
 }
 
-// For Stages with members whole(v), the stages of eight neighbours that are one block, and
-// split(v), those of two blocks of four. `number` is the blocks' number without its three highest
-// bits, which differ from lane to lane.
-template <typename Stages>
-FATHOM_INLINE void tileStages(EightLanes (&v)[kTileSide], std::size_t number, std::size_t middles,
-                              const Stages& stages) {
+// For Stages with members whole(strip), the stages of eight neighbours that are one block, and
+// split(strip), those of two blocks of four. `number` is the blocks' number without its three
+// highest bits, which differ from lane to lane: those of the first lane are kReversed3[lane].
+template <typename L, std::size_t parts, typename Stages>
+FATHOM_INLINE void stripStages(L (&strip)[parts][kTileSide], std::size_t lane, std::size_t number,
+                               std::size_t middles, const Stages& stages) {
   if (number + 1 < middles) {
     if (isWholeBlock(number)) {
-      stages.whole(v);
+      stages.whole(strip);
     } else {
-      stages.split(v);
+      stages.split(strip);
     }
     return;
   }
   // All ones: the lane's own bits decide.
-  LaneMask whole;
-  EightLanes parts[kTileSide];
-  for (std::size_t k = 0; k < kTileSide; ++k) {
-    whole[k] = isWholeBlock(kReversed3[k] * middles + number) ? -1 : 0;
-    parts[k] = v[k];
+  decltype(L{} < L{}) whole;
+  for (std::size_t k = 0; k < sizeof(L) / sizeof(double); ++k) {
+    whole[k] = isWholeBlock(kReversed3[lane + k] * middles + number) ? -1 : 0;
   }
-  stages.whole(v);
-  stages.split(parts);
-  for (std::size_t k = 0; k < kTileSide; ++k) v[k] = whole ? v[k] : parts[k];
-}
-
-// One tile on its way from `middle` to `other`, with the stages after the reversal or before.
-template <bool reversalFirst, typename Stages>
-FATHOM_INLINE void loadTile(EightLanes (&v)[kTileSide], const double* x, std::size_t rows,
-                            std::size_t middle, std::size_t other, const Stages& stages) {
-  for (std::size_t k = 0; k < kTileSide; ++k) {
-    load(v[k], x + kReversed3[k] * rows + middle * kTileSide);
+  L fours[parts][kTileSide];
+  FATHOM_UNROLL
+  for (std::size_t p = 0; p < parts; ++p) {
+    FATHOM_UNROLL
+    for (std::size_t k = 0; k < kTileSide; ++k) fours[p][k] = strip[p][k];
   }
-  if (!reversalFirst) transpose(v);
-  tileStages(v, reversalFirst ? other : middle, rows / kTileSide, stages);
-  if (reversalFirst) transpose(v);
-}
-
-FATHOM_INLINE void storeTile(const EightLanes (&v)[kTileSide], double* x, std::size_t rows,
-                             std::size_t middle) {
-  for (std::size_t k = 0; k < kTileSide; ++k) {
-    store(x + kReversed3[k] * rows + middle * kTileSide, v[k]);
+  stages.whole(strip);
+  stages.split(fours);
+  FATHOM_UNROLL
+  for (std::size_t p = 0; p < parts; ++p) {
+    FATHOM_UNROLL
+    for (std::size_t k = 0; k < kTileSide; ++k) {
+      strip[p][k] = whole ? strip[p][k] : fours[p][k];
+    }
   }
 }
 
-// The reversal of n >= 64 elements, together with the stages of spans 2, 4 and 8.
-template <bool reversalFirst, typename Stages>
-FATHOM_INLINE void reverseWithStages(double* x, std::size_t n, const Stages& stages) {
+// The squares of a strip, one after another.
+template <typename L>
+FATHOM_INLINE void transposeSquares(L (&strip)[kTileSide]) {
+  constexpr std::size_t kSide = sizeof(L) / sizeof(double);
+  FATHOM_UNROLL
+  for (std::size_t i = 0; i < kTileSide; i += kSide) {
+    L square[kSide];
+    FATHOM_UNROLL
+    for (std::size_t k = 0; k < kSide; ++k) square[k] = strip[i + k];
+    transpose<1>(square);
+    FATHOM_UNROLL
+    for (std::size_t k = 0; k < kSide; ++k) strip[i + k] = square[k];
+  }
+}
+
+// Where vector k of the strip that begins with row, or column, `lane` lies in its tile: the rows of
+// a strip of rows are in reversed order, and those that a strip of columns crosses.
+template <std::size_t lanes>
+FATHOM_INLINE std::size_t placeInRows(std::size_t lane, std::size_t k, std::size_t rows) {
+  return kReversed3[lane + k % lanes] * rows + k / lanes * lanes;
+}
+FATHOM_INLINE std::size_t placeInColumns(std::size_t lane, std::size_t k, std::size_t rows) {
+  return kReversed3[k] * rows + lane;
+}
+
+// One strip of the tile `middle` on its way to `other`, with the stages after the reversal or
+// before.
+template <bool reversalFirst, typename L, std::size_t parts, typename Stages>
+FATHOM_INLINE void loadStrip(L (&strip)[parts][kTileSide], double* const (&x)[parts],
+                             std::size_t lane, std::size_t rows, std::size_t middle,
+                             std::size_t other, const Stages& stages) {
+  constexpr std::size_t kLanes = sizeof(L) / sizeof(double);
+  FATHOM_UNROLL
+  for (std::size_t p = 0; p < parts; ++p) {
+    const double* const tile = x[p] + middle * kTileSide;
+    FATHOM_UNROLL
+    for (std::size_t k = 0; k < kTileSide; ++k) {
+      load(strip[p][k], tile + (reversalFirst ? placeInColumns(lane, k, rows)
+                                              : placeInRows<kLanes>(lane, k, rows)));
+    }
+    if (!reversalFirst) transposeSquares(strip[p]);
+  }
+  stripStages(strip, lane, reversalFirst ? other : middle, rows / kTileSide, stages);
+  if (!reversalFirst) return;
+  FATHOM_UNROLL
+  for (std::size_t p = 0; p < parts; ++p) transposeSquares(strip[p]);
+}
+
+template <bool reversalFirst, typename L, std::size_t parts>
+FATHOM_INLINE void storeStrip(const L (&strip)[parts][kTileSide], double* const (&x)[parts],
+                              std::size_t lane, std::size_t rows, std::size_t middle) {
+  constexpr std::size_t kLanes = sizeof(L) / sizeof(double);
+  FATHOM_UNROLL
+  for (std::size_t p = 0; p < parts; ++p) {
+    double* const tile = x[p] + middle * kTileSide;
+    FATHOM_UNROLL
+    for (std::size_t k = 0; k < kTileSide; ++k) {
+      store(tile + (reversalFirst ? placeInRows<kLanes>(lane, k, rows)
+                                  : placeInColumns(lane, k, rows)),
+            strip[p][k]);
+    }
+  }
+}
+
+// The reversal of n >= 64 elements of each array, together with the stages of spans 2, 4 and 8.
+template <std::size_t bytes, bool reversalFirst, std::size_t parts, typename Stages>
+FATHOM_INLINE void reverseWithStages(double* const (&x)[parts], std::size_t n,
+                                     const Stages& stages) {
+  constexpr std::size_t kLanes = kLanesOf<bytes>;
   const std::size_t rows = n / kTileSide, middles = rows / kTileSide;
   ReversedCounter reversed(middles);
   for (std::size_t middle = 0; middle < middles; reversed.advance(++middle)) {
     const std::size_t other = reversed.value();
     if (middle > other) continue;
-    EightLanes v[kTileSide], held[kTileSide];
-    loadTile<reversalFirst>(v, x, rows, middle, other, stages);
-    if (middle < other) {
-      loadTile<reversalFirst>(held, x, rows, other, middle, stages);
-      storeTile(held, x, rows, middle);
+    Strip<bytes, parts> held[kStrips<bytes>];
+    for (std::size_t s = 0; s < kStrips<bytes>; ++s) {
+      Strip<bytes, parts> strip;
+      loadStrip<reversalFirst>(strip, x, s * kLanes, rows, middle, other, stages);
+      FATHOM_UNROLL
+      for (std::size_t p = 0; p < parts; ++p) {
+        FATHOM_UNROLL
+        for (std::size_t k = 0; k < kTileSide; ++k) held[s][p][k] = strip[p][k];
+      }
     }
-    storeTile(v, x, rows, other);
+    for (std::size_t s = 0; s < kStrips<bytes> && middle < other; ++s) {
+      Strip<bytes, parts> strip;
+      loadStrip<reversalFirst>(strip, x, s * kLanes, rows, other, middle, stages);
+      storeStrip<reversalFirst>(strip, x, s * kLanes, rows, middle);
+    }
+    for (std::size_t s = 0; s < kStrips<bytes>; ++s) {
+      storeStrip<reversalFirst>(held[s], x, s * kLanes, rows, other);
+    }
   }
 }
 

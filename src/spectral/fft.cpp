@@ -95,114 +95,68 @@ void blockStages(double* x, double* y, std::size_t start, std::size_t n, const T
   }
 }
 
-struct ComplexLanes {
-  EightLanes re[kTileSide];
-  EightLanes im[kTileSide];
+// The butterfly of j = 0 on elements i0 .. i3.
+template <typename L>
+FATHOM_INLINE void butterfly(L (&z)[2][kTileSide], int i0, int i1, int i2, int i3) {
+  auto& [re, im] = z;
+  const L rx = re[i0] - re[i2], sx = re[i1] - re[i3];
+  const L ry = im[i0] - im[i2], sy = im[i1] - im[i3];
+  re[i0] += re[i2];
+  re[i1] += re[i3];
+  im[i0] += im[i2];
+  im[i1] += im[i3];
+  re[i2] = rx + sy;
+  re[i3] = rx - sy;
+  im[i2] = ry - sx;
+  im[i3] = ry + sx;
+}
+
+template <typename L>
+FATHOM_INLINE void rotate(L (&z)[2][kTileSide], int i, double c, double s) {
+  auto& [re, im] = z;
+  const L x = re[i];
+  re[i] = x * c + im[i] * s;
+  im[i] = im[i] * c - x * s;
+}
+
+template <typename L>
+FATHOM_INLINE void lengthTwo(L (&z)[2][kTileSide], int i) {
+  for (L* part : z) {
+    const L t = part[i];
+    part[i] = t + part[i + 1];
+    part[i + 1] = t - part[i + 1];
+  }
+}
+
+// The stages within a tile.
+struct LastStages {
+  double cos1, sin1, cos3, sin3;
+
+  template <typename L>
+  FATHOM_INLINE void whole(L (&z)[2][kTileSide]) const {
+    butterfly(z, 0, 2, 4, 6);
+    butterfly(z, 1, 3, 5, 7);
+    rotate(z, 5, cos1, sin1);
+    rotate(z, 7, cos3, sin3);
+    butterfly(z, 0, 1, 2, 3);
+    for (int i : {0, 4, 6}) lengthTwo(z, i);
+  }
+  template <typename L>
+  FATHOM_INLINE void split(L (&z)[2][kTileSide]) const {
+    for (int i : {0, 4}) {
+      butterfly(z, i, i + 1, i + 2, i + 3);
+      lengthTwo(z, i);
+    }
+  }
 };
 
-// The butterfly of j = 0 on elements i0 .. i3.
-FATHOM_INLINE void butterfly(ComplexLanes& z, int i0, int i1, int i2, int i3) {
-  const EightLanes rx = z.re[i0] - z.re[i2], sx = z.re[i1] - z.re[i3];
-  const EightLanes ry = z.im[i0] - z.im[i2], sy = z.im[i1] - z.im[i3];
-  z.re[i0] += z.re[i2];
-  z.re[i1] += z.re[i3];
-  z.im[i0] += z.im[i2];
-  z.im[i1] += z.im[i3];
-  z.re[i2] = rx + sy;
-  z.re[i3] = rx - sy;
-  z.im[i2] = ry - sx;
-  z.im[i3] = ry + sx;
+template <std::size_t bytes>
+FATHOM_INLINE void lastStagesReversedOf(double* x, double* y, std::size_t n, const Twiddles& w) {
+  reverseWithStages<bytes, false>({x, y}, n,
+                                  LastStages{w.cos1[1], w.sin1[1], w.cos3[1], w.sin3[1]});
 }
-
-FATHOM_INLINE void rotate(EightLanes& re, EightLanes& im, double c, double s) {
-  const EightLanes x = re;
-  re = x * c + im * s;
-  im = im * c - x * s;
-}
-
-FATHOM_INLINE void lengthTwo(EightLanes& a, EightLanes& b) {
-  const EightLanes t = a;
-  a = t + b;
-  b = t - b;
-}
-
-// What is left for eight neighbours that are a block of span 8.
-FATHOM_INLINE void wholeEight(ComplexLanes& z, const Twiddles& w) {
-  butterfly(z, 0, 2, 4, 6);
-  butterfly(z, 1, 3, 5, 7);
-  rotate(z.re[5], z.im[5], w.cos1[1], w.sin1[1]);
-  rotate(z.re[7], z.im[7], w.cos3[1], w.sin3[1]);
-  butterfly(z, 0, 1, 2, 3);
-  for (int i : {0, 4, 6}) {
-    lengthTwo(z.re[i], z.re[i + 1]);
-    lengthTwo(z.im[i], z.im[i + 1]);
-  }
-}
-
-// What is left for eight neighbours that are two blocks of span 4.
-FATHOM_INLINE void twoFours(ComplexLanes& z) {
-  for (int i : {0, 4}) {
-    butterfly(z, i, i + 1, i + 2, i + 3);
-    lengthTwo(z.re[i], z.re[i + 1]);
-    lengthTwo(z.im[i], z.im[i + 1]);
-  }
-}
-
-// The rows of a tile in reversed order, turned to lanes, through their last stages.
-FATHOM_INLINE void loadTile(ComplexLanes& z, const double* x, const double* y, std::size_t rows,
-                            std::size_t middle, std::size_t middles, const Twiddles& w) {
-  for (std::size_t k = 0; k < kTileSide; ++k) {
-    load(z.re[k], x + kReversed3[k] * rows + middle * kTileSide);
-    load(z.im[k], y + kReversed3[k] * rows + middle * kTileSide);
-  }
-  transpose(z.re);
-  transpose(z.im);
-  if (middle + 1 < middles) {
-    if (isWholeBlock(middle)) {
-      wholeEight(z, w);
-    } else {
-      twoFours(z);
-    }
-    return;
-  }
-  // The middle is all ones: the row, here the lane reversed, decides.
-  LaneMask whole;
-  for (std::size_t k = 0; k < kTileSide; ++k) {
-    whole[k] = isWholeBlock(kReversed3[k] * middles + middle) ? -1 : 0;
-  }
-  ComplexLanes fours = z;
-  wholeEight(z, w);
-  twoFours(fours);
-  for (std::size_t k = 0; k < kTileSide; ++k) {
-    z.re[k] = whole ? z.re[k] : fours.re[k];
-    z.im[k] = whole ? z.im[k] : fours.im[k];
-  }
-}
-
-FATHOM_INLINE void storeTile(const ComplexLanes& z, double* x, double* y, std::size_t rows,
-                             std::size_t middle) {
-  for (std::size_t k = 0; k < kTileSide; ++k) {
-    store(x + kReversed3[k] * rows + middle * kTileSide, z.re[k]);
-    store(y + kReversed3[k] * rows + middle * kTileSide, z.im[k]);
-  }
-}
-
-FATHOM_MULTIVERSION
-void lastStagesReversed(double* x, double* y, std::size_t n, const Twiddles& w) {
-  const std::size_t rows = n / kTileSide, middles = rows / kTileSide;
-  ReversedCounter reversed(middles);
-  for (std::size_t middle = 0; middle < middles; reversed.advance(++middle)) {
-    const std::size_t other = reversed.value();
-    if (middle > other) continue;
-    ComplexLanes z, held;
-    loadTile(z, x, y, rows, middle, middles, w);
-    if (middle < other) {
-      loadTile(held, x, y, rows, other, middles, w);
-      storeTile(held, x, y, rows, middle);
-    }
-    storeTile(z, x, y, rows, other);
-  }
-}
+FATHOM_BY_WIDTH(lastStagesReversed, (double* x, double* y, std::size_t n, const Twiddles& w),
+                (x, y, n, w))
 
 // Sizes below a tile's, butterfly by butterfly.
 void transformFew(double* x, double* y, std::size_t n, const Twiddles& table) {

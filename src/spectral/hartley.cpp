@@ -90,7 +90,9 @@ void blockStages(double* x, std::size_t n, const double* c, const double* s) {
 struct LastStages {
   double c, s;
 
-  FATHOM_INLINE void whole(EightLanes (&v)[kTileSide]) const {
+  template <typename L>
+  FATHOM_INLINE void whole(L (&x)[1][kTileSide]) const {
+    auto& v = x[0];
     for (int i = 0; i < 4; ++i) lengthTwo(v[i], v[i + 4]);
     rotate(v[5], v[7], c, s);
     for (int i : {0, 4}) {
@@ -100,13 +102,17 @@ struct LastStages {
       lengthTwo(v[i + 2], v[i + 3]);
     }
   }
-  FATHOM_INLINE void split(EightLanes (&v)[kTileSide]) const { whole(v); }
+  template <typename L>
+  FATHOM_INLINE void split(L (&x)[1][kTileSide]) const {
+    whole(x);
+  }
 };
 
-FATHOM_MULTIVERSION
-void lastStagesReversed(double* x, std::size_t n, double c, double s) {
-  reverseWithStages<false>(x, n, LastStages{c, s});
+template <std::size_t bytes>
+FATHOM_INLINE void lastStagesReversedOf(double* x, std::size_t n, double c, double s) {
+  reverseWithStages<bytes, false>({x}, n, LastStages{c, s});
 }
+FATHOM_BY_WIDTH(lastStagesReversed, (double* x, std::size_t n, double c, double s), (x, n, c, s))
 
 // Sizes below a tile's, one pair after another.
 void transformSmall(double* x, std::size_t n, const double* c, const double* s) {

@@ -221,13 +221,17 @@ FATHOM_INLINE void lengthTwo(T& a, T& b) {
 
 // The stages within a tile, first to last or last to first.
 struct ForwardStages {
-  FATHOM_INLINE void whole(EightLanes (&v)[kTileSide]) const {
+  template <typename L>
+  FATHOM_INLINE void whole(L (&x)[1][kTileSide]) const {
+    auto& v = x[0];
     for (int i : {0, 4, 6}) lengthTwo(v[i], v[i + 1]);
     Forward::first(v[0], v[1], v[2], v[3]);
     Forward::first(v[0], v[2], v[4], v[6]);
     Forward::eighth(v[1], v[3], v[5], v[7]);
   }
-  FATHOM_INLINE void split(EightLanes (&v)[kTileSide]) const {
+  template <typename L>
+  FATHOM_INLINE void split(L (&x)[1][kTileSide]) const {
+    auto& v = x[0];
     for (int i : {0, 4}) {
       lengthTwo(v[i], v[i + 1]);
       Forward::first(v[i], v[i + 1], v[i + 2], v[i + 3]);
@@ -236,13 +240,17 @@ struct ForwardStages {
 };
 
 struct InverseStages {
-  FATHOM_INLINE void whole(EightLanes (&v)[kTileSide]) const {
+  template <typename L>
+  FATHOM_INLINE void whole(L (&x)[1][kTileSide]) const {
+    auto& v = x[0];
     Inverse::first(v[0], v[2], v[4], v[6]);
     Inverse::eighth(v[1], v[3], v[5], v[7]);
     Inverse::first(v[0], v[1], v[2], v[3]);
     for (int i : {0, 4, 6}) lengthTwo(v[i], v[i + 1]);
   }
-  FATHOM_INLINE void split(EightLanes (&v)[kTileSide]) const {
+  template <typename L>
+  FATHOM_INLINE void split(L (&x)[1][kTileSide]) const {
+    auto& v = x[0];
     for (int i : {0, 4}) {
       Inverse::first(v[i], v[i + 1], v[i + 2], v[i + 3]);
       lengthTwo(v[i], v[i + 1]);
@@ -250,15 +258,17 @@ struct InverseStages {
   }
 };
 
-FATHOM_MULTIVERSION
-void reversedFirstStages(double* x, std::size_t n) {
-  reverseWithStages<true>(x, n, ForwardStages{});
+template <std::size_t bytes>
+FATHOM_INLINE void reversedFirstStagesOf(double* x, std::size_t n) {
+  reverseWithStages<bytes, true>({x}, n, ForwardStages{});
 }
+FATHOM_BY_WIDTH(reversedFirstStages, (double* x, std::size_t n), (x, n))
 
-FATHOM_MULTIVERSION
-void lastStagesReversed(double* x, std::size_t n) {
-  reverseWithStages<false>(x, n, InverseStages{});
+template <std::size_t bytes>
+FATHOM_INLINE void lastStagesReversedOf(double* x, std::size_t n) {
+  reverseWithStages<bytes, false>({x}, n, InverseStages{});
 }
+FATHOM_BY_WIDTH(lastStagesReversed, (double* x, std::size_t n), (x, n))
 
 FATHOM_MULTIVERSION
 void scale(double* x, std::size_t n, double factor) {
