@@ -155,12 +155,14 @@ FATHOM_INLINE void loadRows(const double* turns, Rows<double>& r) {
 constexpr double kShift = 0x1.8p52 + 0x1p33;
 constexpr double kStepsPerRadian = 81.48733086305042;
 
-// The fast range, |k| < 2^33: the products of k with parts of pi / 256 are exact.
+// The fast range, |k| < 2^33, and that of |k| < 2^11: the products of k with all parts of pi / 256
+// but the last are exact.
 constexpr double kFastRange = 0x1p26;
+constexpr double kNearRange = 24.0;
 
-// r is off by at most k 2^-122 < |x| 2^-115: through the last part of pi / 256, its product with k,
-// and the last difference.
-constexpr double kAngleError = 0x1p-115;
+// r is off by less, through the last part of pi / 256, its product with k, and the last difference:
+// k 2^-122, and in the near range k 2^-102.
+constexpr double kAngleError = 0x1p-89;
 
 // r, with the terms of its sine and cosine beyond the leading ones.
 template <typename V>
@@ -170,15 +172,24 @@ struct Angle {
   V cosine;  // cos r - 1
 };
 
-template <typename V>
+template <bool near, typename V>
 FATHOM_INLINE void reduce(const V& x, const V& k, Angle<V>& angle) {
-  // Exact: multiples of 2^-52 |x| and of the last bit of a part, of diminishing size.
-  const V near = (x - rounded(k * kStepParts[0])) - rounded(k * kStepParts[1]);
-  const V third = rounded(k * kStepParts[2]);
-  const V fourth = rounded(k * kStepParts[3]);
-  const V r = (near - third) - fourth;
-  angle.high = leading26Bits(r);
-  const V low = ((near - angle.high) - third) - fourth;
+  // Exact differences: multiples of 2^-52 |x| and of the last bit of a part, of diminishing size.
+  V r, low;
+  if constexpr (near) {
+    const V first = x - rounded(k * kNearStepParts[0]);
+    const V second = rounded(k * kNearStepParts[1]);
+    r = first - second;
+    angle.high = leading26Bits(r);
+    low = (first - angle.high) - second;
+  } else {
+    const V first = (x - rounded(k * kStepParts[0])) - rounded(k * kStepParts[1]);
+    const V third = rounded(k * kStepParts[2]);
+    const V fourth = rounded(k * kStepParts[3]);
+    r = (first - third) - fourth;
+    angle.high = leading26Bits(r);
+    low = ((first - angle.high) - third) - fourth;
+  }
   // Taylor's series: the next terms are below 2^-77 |r| and 2^-74.
   const V square = rounded(r * r);
   const V fifth = 0x1.1111111111111p-7 - rounded(square * 0x1.a01a01a01a01ap-13);
@@ -189,7 +200,7 @@ FATHOM_INLINE void reduce(const V& x, const V& k, Angle<V>& angle) {
 }
 
 // A sine or cosine as high + low, |low| < 2^-14 |high|. Its error is below kRelativeError |high| +
-// kAngleError |x|. Most are roundings of S (cos r - 1) and of sums as small: with T = |S| r^2 / 2 <
+// kAngleError. Most are roundings of S (cos r - 1) and of sums as small: with T = |S| r^2 / 2 <
 // 2^-15.7 |S|, at most 8 x 2^-53 T for the first row, where |S| is up to 2 |sin x|, and 11 x 2^-53
 // T for the others, where it is at most 4/3 |sin x|. For k = 0 there is no S, and the terms of
 // third order take its place, with T < 2^-17 |r|. (2^-65.8 was seen.)
@@ -221,27 +232,19 @@ FATHOM_INLINE void cosine(const Rows<V>& row, const Angle<V>& angle, Sum<V>& sum
   rotate<true>(row.cosine, row.cosineTail, row.sine, row.sineTail, angle, sum);
 }
 
-// All bits set in the lanes where it holds.
-FATHOM_INLINE void addWhere(bool condition, std::uint64_t& mask) {
-  mask |= condition ? ~std::uint64_t{0} : 0;
-}
-template <typename Condition, typename Mask>
-FATHOM_INLINE void addWhere(const Condition& condition, Mask& mask) {
-  mask |= std::bit_cast<Mask>(condition);
-}
-
-// Rounds; marks what is in doubt, NaN among it.
+// Rounds, and says by bits that are not 0 where that is in doubt, NaN included.
 template <typename V>
-FATHOM_INLINE void roundSum(const Sum<V>& sum, const V& error, V& value, Bits<V>& doubt) {
-  const V below = sum.high + (sum.low - error);
+FATHOM_INLINE Bits<V> roundSum(const Sum<V>& sum, const V& error, V& value) {
   value = sum.high + (sum.low + error);
-  addWhere(value != below, doubt);
+  return std::bit_cast<Bits<V>>(value - (sum.high + (sum.low - error)));
+}
+template <typename V>
+FATHOM_INLINE Bits<V> roundSum(const Sum<V>& sum, V& value) {
+  return roundSum(sum, rounded(magnitude(sum.high) * kRelativeError) + kAngleError, value);
 }
 
-// Quotient of two sums. Its error is twice theirs, as long as that of the angle is none of it: the
-// product of sine and cosine tells when one is so small that it might be.
+// Quotient q of two sums. Its error is twice theirs, and kAngleError (1 + q^2).
 constexpr double kQuotientError = 0x1.bp-64;
-constexpr double kLeastProduct = 0x1p-48;
 
 template <typename V>
 FATHOM_INLINE void divide(const Sum<V>& a, const Sum<V>& b, Sum<V>& quotient) {
@@ -266,9 +269,9 @@ enum class Function { kSine, kCosine, kSineCosine, kTangent };
 template <Function f>
 constexpr double shiftOf = kShift + (f == Function::kCosine ? kQuarter : 0);
 
-// The function of x in `value`, for sincos the cosine in `second`. Where `doubt` is set they are
-// not to be used; it is set for a zero, whose sign is lost.
-template <Function f, typename V>
+// The function of x in `value`, for sincos the cosine in `second`. Returns bits that are not 0
+// where they are in doubt, as for a zero, whose sign is lost.
+template <Function f, bool near, typename V>
 FATHOM_INLINE void evaluate(const V& x, const double* turns, V& value, V& second, Bits<V>& doubt) {
   V k;
   std::memcpy(&k, turns, sizeof k);
@@ -276,57 +279,72 @@ FATHOM_INLINE void evaluate(const V& x, const double* turns, V& value, V& second
   Angle<V> angle;
   Sum<V> sum;
   loadRows(turns, row);
-  reduce(x, k - shiftOf<f>, angle);
+  reduce<near>(x, k - shiftOf<f>, angle);
   sine(row, angle, sum);
   if constexpr (f == Function::kTangent) {
     Sum<V> divisor, quotient;
     cosine(row, angle, divisor);
     divide(sum, divisor, quotient);
-    roundSum(quotient, rounded(magnitude(quotient.high) * kQuotientError), value, doubt);
-    const V least = rounded(magnitude(x) * kLeastProduct);
-    addWhere(!(magnitude(rounded(sum.high * divisor.high)) > least), doubt);
+    const V& q = quotient.high;
+    const V angleError = rounded(rounded(q * q) * kAngleError) + kAngleError;
+    doubt = roundSum(quotient, rounded(magnitude(q) * kQuotientError) + angleError, value);
   } else {
-    const V angleError = rounded(magnitude(x) * kAngleError) + 0x1p-960;
-    roundSum(sum, rounded(magnitude(sum.high) * kRelativeError) + angleError, value, doubt);
+    doubt = roundSum(sum, value);
     if constexpr (f == Function::kSineCosine) {
       cosine(row, angle, sum);
-      roundSum(sum, rounded(magnitude(sum.high) * kRelativeError) + angleError, second, doubt);
+      doubt |= roundSum(sum, second);
     }
   }
 }
 
-// A block of an array form. First every k, so that the rows' indices come from memory. An argument
-// beyond the fast range puts the whole block in doubt.
-template <std::size_t bytes, Function f>
-FATHOM_INLINE void evaluateBlock(const double* x, std::size_t n, double* y, double* z,
-                                 std::uint64_t* doubts, bool& anyDoubt) {
+template <typename V>
+FATHOM_INLINE V larger(const V& a, const V& b) {
+  return a > b ? a : b;
+}
+
+// Lanes of a block, all in the fast range or, if `near`, in that.
+template <std::size_t bytes, Function f, bool near>
+FATHOM_INLINE bool evaluateLanes(const double* x, std::size_t n, const double* turns, double* y,
+                                 double* z, std::uint64_t* doubts) {
   using V = Lanes<bytes>;
-  constexpr std::size_t kLanes = bytes / sizeof(double);
-  alignas(64) double turns[kElementaryBlock];
-  Bits<V> unusual{};
-  for (std::size_t i = 0; i < n; i += kLanes) {
-    V v;
-    load(v, x + i);
-    v = rounded(v * kStepsPerRadian) + shiftOf<f>;
-    store(turns + i, v);
-    unusual |= std::bit_cast<Bits<V>>(v) ^ std::bit_cast<std::uint64_t>(0x1.8p52);
-  }
-  std::uint64_t outside = 0;
-  for (std::size_t lane = 0; lane < kLanes; ++lane) outside |= unusual[lane];
-  outside >>= 34;
-  Bits<V> any = Bits<V>{} | outside;
-  for (std::size_t i = 0; i < n; i += kLanes) {
+  Bits<V> any{};
+  for (std::size_t i = 0; i < n; i += kLanesOf<bytes>) {
     V v, value, second;
-    Bits<V> doubt = Bits<V>{} | outside;
+    Bits<V> doubt;
     load(v, x + i);
-    evaluate<f>(v, turns + i, value, second, doubt);
+    evaluate<f, near>(v, turns + i, value, second, doubt);
     store(y + i, value);
     if constexpr (f == Function::kSineCosine) store(z + i, second);
     std::memcpy(doubts + i, &doubt, sizeof doubt);
     any |= doubt;
   }
-  anyDoubt = false;
-  for (std::size_t lane = 0; lane < kLanes; ++lane) anyDoubt |= any[lane] != 0;
+  std::uint64_t anyDoubt = 0;
+  for (std::size_t lane = 0; lane < kLanesOf<bytes>; ++lane) anyDoubt |= any[lane];
+  return anyDoubt != 0;
+}
+
+// A block of an array form. First every k, so that the rows' indices come from memory. An argument
+// beyond the fast range puts the whole block in doubt.
+template <std::size_t bytes, Function f>
+FATHOM_INLINE bool evaluateBlock(const double* x, std::size_t n, double* y, double* z,
+                                 std::uint64_t* doubts) {
+  using V = Lanes<bytes>;
+  alignas(64) double turns[kElementaryBlock];
+  V reached{};
+  for (std::size_t i = 0; i < n; i += kLanesOf<bytes>) {
+    V v;
+    load(v, x + i);
+    reached = larger(magnitude(v), reached);
+    store(turns + i, rounded(v * kStepsPerRadian) + shiftOf<f>);
+  }
+  double largest = 0.0;
+  for (std::size_t lane = 0; lane < kLanesOf<bytes>; ++lane) {
+    largest = larger(reached[lane], largest);
+  }
+  if (largest <= kNearRange) return evaluateLanes<bytes, f, true>(x, n, turns, y, z, doubts);
+  if (largest <= kFastRange) return evaluateLanes<bytes, f, false>(x, n, turns, y, z, doubts);
+  std::fill_n(doubts, n, 1);
+  return true;
 }
 
 template <std::size_t bytes>
@@ -334,16 +352,16 @@ FATHOM_INLINE void evaluateBlockOf(Function f, const double* x, std::size_t n, d
                                    std::uint64_t* doubts, bool& anyDoubt) {
   switch (f) {
     case Function::kSine:
-      evaluateBlock<bytes, Function::kSine>(x, n, y, z, doubts, anyDoubt);
+      anyDoubt = evaluateBlock<bytes, Function::kSine>(x, n, y, z, doubts);
       break;
     case Function::kCosine:
-      evaluateBlock<bytes, Function::kCosine>(x, n, y, z, doubts, anyDoubt);
+      anyDoubt = evaluateBlock<bytes, Function::kCosine>(x, n, y, z, doubts);
       break;
     case Function::kSineCosine:
-      evaluateBlock<bytes, Function::kSineCosine>(x, n, y, z, doubts, anyDoubt);
+      anyDoubt = evaluateBlock<bytes, Function::kSineCosine>(x, n, y, z, doubts);
       break;
     case Function::kTangent:
-      evaluateBlock<bytes, Function::kTangent>(x, n, y, z, doubts, anyDoubt);
+      anyDoubt = evaluateBlock<bytes, Function::kTangent>(x, n, y, z, doubts);
       break;
   }
 }
@@ -355,9 +373,14 @@ FATHOM_BY_WIDTH(evaluateBlock,
 template <Function f>
 FATHOM_INLINE bool evaluateScalar(double x, double& value, double& second) {
   const double turns = rounded(x * kStepsPerRadian) + shiftOf<f>;
-  std::uint64_t doubt = 0;
-  addWhere(!(magnitude(x) <= kFastRange), doubt);
-  evaluate<f>(x, &turns, value, second, doubt);
+  std::uint64_t doubt;
+  if (magnitude(x) <= kNearRange) {
+    evaluate<f, true>(x, &turns, value, second, doubt);
+  } else if (magnitude(x) <= kFastRange) {
+    evaluate<f, false>(x, &turns, value, second, doubt);
+  } else {
+    return false;
+  }
   return doubt == 0;
 }
 

@@ -13,6 +13,11 @@ inline constexpr double kStepParts[4] = {
     -0x1.73dccp-50,
     0x1.898cc51701b84p-71,
 };
+// two for integers below 2^11;
+inline constexpr double kNearStepParts[2] = {
+    0x1.921fb54443p-7,
+    -0x1.73dcb3b399d74p-50,
+};
 // and three of 53 bits.
 inline constexpr double kLongStepParts[3] = {
     0x1.921fb54442d18p-7,
