@@ -71,14 +71,7 @@ def row_array(name, about, rows):
     lines = "".join("    {" + ", ".join(map(hexadecimal, row)) + "},\n" for row in rows)
     comment = "".join(f"// {line}\n" for line in about)
     shape = f"[{len(rows)}][{len(rows[0])}]"
-    return f"{comment}inline constexpr double {name}{shape} = {{\n{lines}}};\n"
-
-
-def row_table(name, about, rows):
-    """An array of TableRow, one a line, below lines of comment."""
-    lines = "".join("    {" + ", ".join(map(hexadecimal, row)) + "},\n" for row in rows)
-    comment = "".join(f"// {line}\n" for line in about)
-    return f"{comment}inline constexpr TableRow {name}[{len(rows)}] = {{\n{lines}}};\n"
+    return f"{comment}alignas(64) inline constexpr double {name}{shape} = {{\n{lines}}};\n"
 
 
 def polynomial(f, radius, degree, weight):
@@ -123,10 +116,10 @@ def exponential_table():
                           coefficients),
         "// and what it is off by at most, times r^2.\n",
         f"inline constexpr double kPolynomialError = {hexadecimal(error)};\n",
-        row_table("kExponentialTable",
+        row_array("kExponentialTable",
                   ("T, the nearest multiple of 2^-24 to 2^(j/256), and ln(2^(j/256) / T).",), table)))
     return header("exponential_table", ("Table and polynomial of exp and pow.",), body,
-                  '\n#include <cstddef>\n\n#include "elementary/table_rows.hpp"\n')
+                  '\n#include <cstddef>\n')
 
 
 def logarithm_cells():
@@ -140,14 +133,6 @@ def logarithm_cells():
         if scale * c == 1 or scale * (c + mpf(1) / 512) == 1:
             r = mpf(1)
         yield scale, r, c
-
-
-def logarithm_rows(rows):
-    lines = "".join("    {{%s, %s}, {%s, %s}},\n" % tuple(map(hexadecimal, row)) for row in rows)
-    return ("// r and t of at most 10 bits, such that z = r f + t as in logarithm_reduction.hpp, and -ln r as\n"
-            "// a multiple of 2^-42 and the rest.\n"
-            "struct LogarithmRow {\n  TableRow reduction;\n  TableRow logarithm;\n};\n"
-            f"inline constexpr LogarithmRow kLogarithmTable[{len(rows)}] = {{\n{lines}}};\n")
 
 
 def logarithm_table():
@@ -185,9 +170,11 @@ def logarithm_table():
         coefficient_array("kFromCube", about.format(" + z^2 / 2", 3), cube),
         "// and what it is off by at most.\n",
         f"inline constexpr double kFromCubeError = {hexadecimal(cube_error)};\n",
-        logarithm_rows(rows)))
+        row_array("kLogarithmTable",
+                  ("r and t of at most 10 bits, such that z = r f + t as in logarithm_reduction.hpp, and -ln r as",
+                   "a multiple of 2^-42 and the rest."), rows)))
     return header("logarithm_table", ("Tables and polynomials of log, log10 and pow.",), body,
-                  '\n#include <cstddef>\n\n#include "elementary/table_rows.hpp"\n')
+                  '\n#include <cstddef>\n')
 
 
 def trigonometric_table():

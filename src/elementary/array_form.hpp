@@ -52,14 +52,16 @@ void evaluateArrays(const double* const (&x)[inputs], std::size_t n, double* con
   }
 }
 
-// y[i] = f(x[i]), with `fast(x, n, y, doubt)` and `slow(x)`.
+// y[i] = f(x[i]), with `fast(x, n, y, doubt, any)` and `slow(x)`.
 template <typename Fast, typename Slow>
 void evaluateArray(const double* x, std::size_t n, double* y, Fast fast, Slow slow) {
   using Block = ElementaryBlock<1, 1>;
   evaluateArrays<1, 1>(
       {x}, n, {y},
       [fast](Block& b, std::size_t count) {
-        return fast(b.argument[0], count, b.value[0], b.doubt);
+        bool any = false;
+        fast(b.argument[0], count, b.value[0], b.doubt, any);
+        return any;
       },
       [slow](Block& b, std::size_t i) { b.value[0][i] = slow(b.argument[0][i]); });
 }

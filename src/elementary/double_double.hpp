@@ -80,19 +80,9 @@ struct RoundedResult {
   std::uint64_t doubt;
 };
 
-FATHOM_INLINE double magnitude(double x) {
-  return std::bit_cast<double>(std::bit_cast<std::uint64_t>(x) & ~(std::uint64_t{1} << 63));
-}
-
-// Not 0 where two doubles differ or one is NaN, and where |x| is above `limit` or NaN. Unlike
-// comparisons, these vectorise for two lanes, too.
+// Not 0 where two doubles differ or one is NaN.
 FATHOM_INLINE std::uint64_t differingBits(double a, double b) {
   return std::bit_cast<std::uint64_t>(a - b);
-}
-FATHOM_INLINE std::uint64_t outsideBits(double x, double limit) {
-  const auto room =
-      std::bit_cast<std::uint64_t>(limit) - std::bit_cast<std::uint64_t>(magnitude(x));
-  return room & (std::uint64_t{1} << 63);
 }
 
 // Rounds a pair that is off by at most `error` (absolute, above 0). The result must be a normal

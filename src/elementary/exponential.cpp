@@ -7,37 +7,46 @@
 #include <limits>
 
 #include "elementary/array_form.hpp"
-#include "elementary/double_double.hpp"
 #include "elementary/exponential_core.hpp"
 #include "elementary/exponential_table.hpp"
 #include "elementary/slow.hpp"
 #include "elementary/table_rows.hpp"
+#include "elementary/vector.hpp"
 #include "frame/elementary.hpp"
+#include "frame/lanes.hpp"
 
 namespace fathom {
 namespace {
 
-FATHOM_INLINE RoundedResult fastExp(double x, double steps, TableRow row) {
-  return roundedAndScaled(exponential(x, 0.0, steps, row), kExponentialError,
-                          outsideBits(x, kLargestExponent));
+// Returns bits that are not 0 where the value is in doubt.
+template <typename V>
+FATHOM_INLINE Bits<V> fastExp(const V& x, const double* steps, V& value) {
+  ScaledSum<V> sum;
+  exponential(x, V{}, steps, sum);
+  return roundAndScale(sum, V{} + kExponentialError, value) | outsideBits(x, kLargestExponent);
 }
 
-FATHOM_MULTIVERSION bool fastExps(const double* x, std::size_t n, double* y, std::uint64_t* doubt) {
+// A block of the array form. First the steps, so that the table's indices come from memory.
+template <std::size_t bytes>
+FATHOM_INLINE void expBlockOf(const double* x, std::size_t n, double* y, std::uint64_t* doubts,
+                              bool& anyDoubt) {
+  using V = Lanes<bytes>;
   alignas(64) double steps[kElementaryBlock];
-  alignas(64) TableRow rows[kElementaryBlock];
-  FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) steps[i] = stepsOf(x[i]);
-  lookUpExponentials(steps, n, rows);
-  std::uint64_t any = 0;
-  FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) {
-    const RoundedResult result = fastExp(x[i], steps[i], rows[i]);
-    y[i] = result.value;
-    doubt[i] = result.doubt;
-    any |= result.doubt;
+  for (std::size_t i = 0; i < n; i += kLanesOf<bytes>)
+    store(steps + i, stepsOf(vectorAt<V>(x + i)));
+  Bits<V> any{};
+  for (std::size_t i = 0; i < n; i += kLanesOf<bytes>) {
+    V value;
+    const Bits<V> doubt = fastExp(vectorAt<V>(x + i), steps + i, value);
+    store(y + i, value);
+    storeBits(doubts + i, doubt);
+    any |= doubt;
   }
-  return any != 0;
+  anyDoubt = anyBits(any);
 }
+FATHOM_BY_WIDTH(expBlock,
+                (const double* x, std::size_t n, double* y, std::uint64_t* doubts, bool& anyDoubt),
+                (x, n, y, doubts, anyDoubt))
 
 // Beyond the range of doubles nothing needs to be computed.
 double exactExp(double x) {
@@ -50,12 +59,15 @@ double exactExp(double x) {
 
 double exp(double x) {
   const double steps = stepsOf(x);
-  const RoundedResult result = fastExp(x, steps, kExponentialTable[rowOf(steps)]);
-  return result.doubt == 0 ? result.value : exactExp(x);
+  double value;
+  return fastExp(x, &steps, value) == 0 ? value : exactExp(x);
 }
 
 void exp(const double* x, std::size_t n, double* e) {
-  evaluateArray(x, n, e, fastExps, exactExp);
+  const auto fast = [](const double* argument, std::size_t count, double* value,
+                       std::uint64_t* doubts,
+                       bool& any) { expBlock(argument, count, value, doubts, any); };
+  evaluateArray(x, n, e, fast, exactExp);
 }
 
 }  // namespace fathom

@@ -12,9 +12,10 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "elementary/double_double.hpp"
 #include "elementary/exponential_table.hpp"
 #include "elementary/table_rows.hpp"
+#include "elementary/vector.hpp"
+#include "frame/lanes.hpp"
 
 namespace fathom {
 
@@ -27,29 +28,30 @@ inline constexpr double kToInteger = 0x1.8p52;
 inline constexpr double kToMultiple = 0x1.8p25;
 
 // k, plus kToInteger.
-FATHOM_INLINE double stepsOf(double x) {
+template <typename V>
+FATHOM_INLINE V stepsOf(const V& x) {
   return rounded(x * kStepsPerUnit) + kToInteger;
 }
-FATHOM_INLINE std::size_t rowOf(double steps) {
-  return std::bit_cast<std::uint64_t>(steps) % kExponentialRows;
-}
 
-// n is a multiple of 4.
-FATHOM_INLINE void lookUpExponentials(const double* steps, std::size_t n, TableRow* rows) {
-  for (std::size_t i = 0; i < n; i += 4) {
-    rows[i] = kExponentialTable[rowOf(steps[i])];
-    rows[i + 1] = kExponentialTable[rowOf(steps[i + 1])];
-    rows[i + 2] = kExponentialTable[rowOf(steps[i + 2])];
-    rows[i + 3] = kExponentialTable[rowOf(steps[i + 3])];
-  }
+template <typename V>
+struct ExponentialRow {
+  V power, rest;  // T and t
+};
+template <typename V>
+FATHOM_INLINE void loadRow(const double* steps, ExponentialRow<V>& r) {
+  const auto row = [steps](std::size_t lane) -> const double* {
+    return kExponentialTable[std::bit_cast<std::uint64_t>(steps[lane]) % kExponentialRows];
+  };
+  loadColumns(row, r.power, r.rest);
 }
 
 // (s + low) 2^e with s + low in [0.98, 2.02]; the power of two as an integer to be added to the
 // bits of a double.
+template <typename V>
 struct ScaledSum {
-  double s;
-  double low;
-  std::uint64_t exponentBits;
+  V s;
+  V low;
+  Bits<V> exponentBits;
 };
 
 // Bounds of s + low, in units of 2^-70, where x = head and tail = 0:
@@ -67,28 +69,36 @@ struct ScaledSum {
 inline constexpr double kExponentialError = 0x1p-67;
 static_assert(kPolynomialError <= 1.3 * 0x1p-70);
 
-// e^(head + tail) for |head + tail| <= 709, |tail| < 2^-7; `steps` and `row` are those of the sum.
-FATHOM_INLINE ScaledSum exponential(double head, double tail, double steps, TableRow row) {
-  const double k = steps - kToInteger;
-  const double near = head - rounded(k * kStep);
-  const double rest = (rounded(k * kStepRest) - row.second) - tail;
-  const double leading = (near + kToMultiple) - kToMultiple;
-  const double small = (near - leading) - rest;
-  const double r = near - rest;
-  const double square = rounded(r * r);
-  const double even = kPolynomial[0] + rounded(r * kPolynomial[1]);
-  const double odd = kPolynomial[2] + rounded(r * kPolynomial[3]);
-  const double q = rounded(square * (even + rounded(square * odd)));
-  const double s = row.first + rounded(row.first * leading);
-  const double low = rounded(row.first * (small + q));
-  return {s, low, (std::bit_cast<std::uint64_t>(steps) / kExponentialRows) << 52};
+// e^(head + tail) for |head + tail| <= 709, |tail| < 2^-7; `steps` are those of the sum.
+template <typename V>
+FATHOM_INLINE void exponential(const V& head, const V& tail, const double* steps,
+                               ScaledSum<V>& sum) {
+  V shifted;
+  load(shifted, steps);
+  ExponentialRow<V> row;
+  loadRow(steps, row);
+  const V k = shifted - kToInteger;
+  const V near = head - rounded(k * kStep);
+  const V rest = (rounded(k * kStepRest) - row.rest) - tail;
+  const V leading = (near + kToMultiple) - kToMultiple;
+  const V small = (near - leading) - rest;
+  const V r = near - rest;
+  const V square = rounded(r * r);
+  const V even = kPolynomial[0] + rounded(r * kPolynomial[1]);
+  const V odd = kPolynomial[2] + rounded(r * kPolynomial[3]);
+  const V q = rounded(square * (even + rounded(square * odd)));
+  sum.s = row.power + rounded(row.power * leading);
+  sum.low = rounded(row.power * (small + q));
+  sum.exponentBits = (std::bit_cast<Bits<V>>(shifted) / kExponentialRows) << 52;
 }
 
-// Rounds a sum that is off by at most `error`, and marks the result if `outside` is not 0.
-FATHOM_INLINE RoundedResult roundedAndScaled(ScaledSum x, double error, std::uint64_t outside) {
-  const RoundedResult result = roundedWithin({x.s, x.low}, error);
-  const auto bits = std::bit_cast<std::uint64_t>(result.value) + x.exponentBits;
-  return {std::bit_cast<double>(bits), result.doubt | outside};
+// Rounds a sum that is off by at most `error`. Returns bits that are not 0 where that is in doubt.
+template <typename V>
+FATHOM_INLINE Bits<V> roundAndScale(const ScaledSum<V>& x, const V& error, V& value) {
+  V unscaled;
+  const Bits<V> doubt = roundWithin(x.s, x.low, error, unscaled);
+  value = std::bit_cast<V>(std::bit_cast<Bits<V>>(unscaled) + x.exponentBits);
+  return doubt;
 }
 
 }  // namespace fathom

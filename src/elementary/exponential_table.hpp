@@ -5,8 +5,6 @@
 
 #include <cstddef>
 
-#include "elementary/table_rows.hpp"
-
 namespace fathom {
 
 inline constexpr std::size_t kExponentialRows = 256;
@@ -24,7 +22,7 @@ inline constexpr double kPolynomial[4] = {
 // and what it is off by at most, times r^2.
 inline constexpr double kPolynomialError = 0x1.4bap-70;
 // T, the nearest multiple of 2^-24 to 2^(j/256), and ln(2^(j/256) / T).
-inline constexpr TableRow kExponentialTable[256] = {
+alignas(64) inline constexpr double kExponentialTable[256][2] = {
     {0x1p0, 0.0},
     {0x1.00b1bp0, -0x1.6856b4db65d1cp-26},
     {0x1.0163dbp0, -0x1.7f1ea3b07a4b4p-26},

@@ -6,7 +6,7 @@
 namespace fathom {
 
 // atan(j / 256) for j = 0 ... 256 as a sum.
-inline constexpr double kArctangent[257][2] = {
+alignas(64) inline constexpr double kArctangent[257][2] = {
     {0.0, 0.0},
     {0x1.ffff5555bbbb7p-9, 0x1.4bb12afb6b6d5p-64},
     {0x1.fffd555bbba97p-8, 0x1.68062351fbbe6p-63},

@@ -13,7 +13,9 @@
 #include "elementary/logarithm_table.hpp"
 #include "elementary/slow.hpp"
 #include "elementary/table_rows.hpp"
+#include "elementary/vector.hpp"
 #include "frame/elementary.hpp"
+#include "frame/lanes.hpp"
 
 namespace fathom {
 namespace {
@@ -24,86 +26,123 @@ namespace {
 constexpr double kLogSquareError = 0x1.8p-51;
 // The product with 1 / ln 10 shrinks that by 0.44 and rounds the tail three times.
 constexpr double kLog10SquareError = 0x1.cp-52;
-constexpr double kSumError = 0x1p-74;
+// The sums of what is left are below 2^-32 for the natural logarithm, whose error is so small that
+// it need not be relative; only beside 1, where it is 0, that leaves more in doubt.
+constexpr double kNaturalError = 0x1p-84;
+constexpr double kDecimalError = 0x1p-74;
 static_assert(kFromSquareError <= 0x1.3p-52);
 
 struct Natural {
-  static constexpr double kSquareError = kLogSquareError;
-
-  FATHOM_INLINE static DoubleDouble inBase(DoubleDouble x) { return x; }
+  template <typename V>
+  FATHOM_INLINE static void toBase(V& /*high*/, V& /*low*/) {}
   FATHOM_INLINE static DoubleDouble accurateInBase(DoubleDouble x) { return x; }
+  template <typename V>
+  FATHOM_INLINE static V error(const V& square, const V& /*sum*/) {
+    return rounded(square * kLogSquareError) + kNaturalError;
+  }
   static double slow(double x) { return slow::log(x); }
 };
 
 struct Decimal {
-  static constexpr double kSquareError = kLog10SquareError;
-
-  FATHOM_INLINE static DoubleDouble inBase(DoubleDouble x) {
-    const double leading = split(x.high).high;
-    const double tail = (x.high - leading) + x.low;
-    return {rounded(leading * kInverseLn10[0]),
-            rounded(leading * kInverseLn10[1]) + rounded(tail * kInverseLn10Pair[0])};
+  template <typename V>
+  FATHOM_INLINE static void toBase(V& high, V& low) {
+    const V leading = leading26Bits(high);
+    const V tail = (high - leading) + low;
+    high = rounded(leading * kInverseLn10[0]);
+    low = rounded(leading * kInverseLn10[1]) + rounded(tail * kInverseLn10Pair[0]);
   }
   FATHOM_INLINE static DoubleDouble accurateInBase(DoubleDouble x) {
     return fastTwoSum(x.high, x.low) * DoubleDouble{kInverseLn10Pair[0], kInverseLn10Pair[1]};
   }
+  template <typename V>
+  FATHOM_INLINE static V error(const V& square, const V& sum) {
+    return rounded(square * kLog10SquareError) + rounded(magnitude(sum) * kDecimalError);
+  }
   static double slow(double x) { return slow::log10(x); }
 };
 
-template <typename Base>
-FATHOM_INLINE RoundedResult fastLog(double x, const LogarithmRow& row) {
-  const ReducedLogarithm reduced = reduceLogarithm(x, row);
-  const double z = reduced.z;
-  const double square = rounded(z * z);
-  const double a = kFromSquare[0] + rounded(z * kFromSquare[1]);
-  const double b = kFromSquare[2] + rounded(z * kFromSquare[3]);
-  const double p = a + rounded(square * (b + rounded(square * kFromSquare[4])));
+// Returns bits that are not 0 where the value is in doubt.
+template <typename Base, typename V>
+FATHOM_INLINE Bits<V> fastLog(const V& x, const std::uint64_t* cells, V& value) {
+  ReducedLogarithm<V> reduced;
+  reduceLogarithm(x, cells, reduced);
+  const V& z = reduced.z;
+  const V square = rounded(z * z);
+  const V a = kFromSquare[0] + rounded(z * kFromSquare[1]);
+  const V b = kFromSquare[2] + rounded(z * kFromSquare[3]);
+  const V p = a + rounded(square * (b + rounded(square * kFromSquare[4])));
   // Exact: `leading` is 0 or a multiple of the last bit of z.
-  const double s = reduced.leading + z;
-  const double lost = (reduced.leading - s) + z;
-  const DoubleDouble y = Base::inBase({s, rounded(square * p) + (lost + reduced.rest)});
-  const double error = rounded(square * Base::kSquareError) + rounded(magnitude(s) * kSumError);
-  const RoundedResult result = roundedWithin(y, error);
-  return {result.value, result.doubt | outsideCells(x)};
+  const V s = reduced.leading + z;
+  const V lost = (reduced.leading - s) + z;
+  V high = s, low = rounded(square * p) + (lost + reduced.rest);
+  Base::toBase(high, low);
+  return roundWithin(high, low, Base::error(square, s), value);
 }
 
 template <typename Base>
 double exactLog(double x) {
+  if (x == 1.0) return 0.0;
   if (outsideCells(x) != 0) return Base::slow(x);
-  const LogarithmSum sum = accurateLogarithm(reduceLogarithm(x, kLogarithmTable[cellOf(x)]));
+  const std::uint64_t cell = cellOf(x);
+  ReducedLogarithm<double> reduced;
+  reduceLogarithm(x, &cell, reduced);
+  LogarithmSum<double> sum;
+  accurateLogarithm(reduced, sum);
   const double error = magnitude(sum.cube) * 0x1.8p-51 + magnitude(sum.high) * 0x1p-81;
   const RoundedResult result = roundedWithin(Base::accurateInBase({sum.high, sum.low}), error);
   return result.doubt == 0 ? result.value : Base::slow(x);
 }
 
-template <typename Base>
-FATHOM_INLINE bool fastLogs(const double* x, std::size_t n, double* y, std::uint64_t* doubt) {
-  LogarithmRows rows;
-  lookUpLogarithms(x, n, rows);
-  std::uint64_t any = 0;
-  FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) {
-    const RoundedResult result = fastLog<Base>(x[i], rows[i]);
-    y[i] = result.value;
-    doubt[i] = result.doubt;
-    any |= result.doubt;
+// A block of an array form. First the numbers of the cells, so that the table's indices come from
+// memory.
+template <std::size_t bytes, typename Base>
+FATHOM_INLINE void logBlockOf(Base /*base*/, const double* x, std::size_t n, double* y,
+                              std::uint64_t* doubts, bool& anyDoubt) {
+  using V = Lanes<bytes>;
+  alignas(64) std::uint64_t cells[kElementaryBlock];
+  Bits<V> outside{};
+  for (std::size_t i = 0; i < n; i += kLanesOf<bytes>) {
+    const auto v = vectorAt<V>(x + i);
+    outside |= outsideCellsSign(v);
+    storeBits(cells + i, cellOf(v));
   }
-  return any != 0;
+  Bits<V> any{};
+  for (std::size_t i = 0; i < n; i += kLanesOf<bytes>) {
+    V value;
+    const Bits<V> doubt = fastLog<Base>(vectorAt<V>(x + i), cells + i, value);
+    store(y + i, value);
+    storeBits(doubts + i, doubt);
+    any |= doubt;
+  }
+  anyDoubt = anyBits(any);
+  if (!anyBits(outside & kSignBit)) return;
+  anyDoubt = true;
+  for (std::size_t i = 0; i < n; ++i) doubts[i] |= outsideCells(x[i]);
 }
 
-FATHOM_MULTIVERSION bool naturalLogs(const double* x, std::size_t n, double* y,
-                                     std::uint64_t* doubt) {
-  return fastLogs<Natural>(x, n, y, doubt);
-}
-FATHOM_MULTIVERSION bool decimalLogs(const double* x, std::size_t n, double* y,
-                                     std::uint64_t* doubt) {
-  return fastLogs<Decimal>(x, n, y, doubt);
+FATHOM_BY_WIDTH(logBlock,
+                (Natural base, const double* x, std::size_t n, double* y, std::uint64_t* doubts,
+                 bool& anyDoubt),
+                (base, x, n, y, doubts, anyDoubt))
+FATHOM_BY_WIDTH(logBlock,
+                (Decimal base, const double* x, std::size_t n, double* y, std::uint64_t* doubts,
+                 bool& anyDoubt),
+                (base, x, n, y, doubts, anyDoubt))
+
+template <typename Base>
+void logs(const double* x, std::size_t n, double* l) {
+  const auto fast = [](const double* argument, std::size_t count, double* value,
+                       std::uint64_t* doubts,
+                       bool& any) { logBlock(Base{}, argument, count, value, doubts, any); };
+  evaluateArray(x, n, l, fast, exactLog<Base>);
 }
 
 template <typename Base>
 FATHOM_INLINE double logOf(double x) {
-  const RoundedResult result = fastLog<Base>(x, kLogarithmTable[cellOf(x)]);
-  return result.doubt == 0 ? result.value : exactLog<Base>(x);
+  const std::uint64_t cell = cellOf(x);
+  double value;
+  const std::uint64_t doubt = fastLog<Base>(x, &cell, value);
+  return (doubt | outsideCells(x)) == 0 ? value : exactLog<Base>(x);
 }
 
 }  // namespace
@@ -117,11 +156,11 @@ double log10(double x) {
 }
 
 void log(const double* x, std::size_t n, double* l) {
-  evaluateArray(x, n, l, naturalLogs, exactLog<Natural>);
+  logs<Natural>(x, n, l);
 }
 
 void log10(const double* x, std::size_t n, double* l) {
-  evaluateArray(x, n, l, decimalLogs, exactLog<Decimal>);
+  logs<Decimal>(x, n, l);
 }
 
 }  // namespace fathom

@@ -13,69 +13,66 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "elementary/array_form.hpp"
-#include "elementary/double_double.hpp"
 #include "elementary/logarithm_table.hpp"
 #include "elementary/table_rows.hpp"
+#include "elementary/vector.hpp"
 
 namespace fathom {
 
 // The bits of x with e + 1024 in place of the exponent, and the number of the cell below it.
-FATHOM_INLINE std::uint64_t cellBits(double x) {
-  return std::bit_cast<std::uint64_t>(x) + 0x001A'0000'0000'0000;
+template <typename V>
+FATHOM_INLINE Bits<V> cellBits(const V& x) {
+  return std::bit_cast<Bits<V>>(x) + 0x001A'0000'0000'0000;
 }
-FATHOM_INLINE std::uint64_t cellOf(double x) {
+template <typename V>
+FATHOM_INLINE Bits<V> cellOf(const V& x) {
   return (cellBits(x) >> 43) % kLogarithmCells;
 }
 
-// The rows of a block of arguments.
-struct LogarithmRows {
-  alignas(64) TableRow reduction[kElementaryBlock];
-  alignas(64) TableRow logarithm[kElementaryBlock];
-
-  FATHOM_INLINE LogarithmRow operator[](std::size_t i) const {
-    return {reduction[i], logarithm[i]};
-  }
-};
-
-// n is a multiple of 2.
-FATHOM_INLINE void lookUpLogarithms(const double* x, std::size_t n, LogarithmRows& rows) {
-  alignas(64) std::uint64_t cells[kElementaryBlock];
-  FATHOM_INDEPENDENT
-  for (std::size_t i = 0; i < n; ++i) cells[i] = cellOf(x[i]);
-  for (std::size_t i = 0; i < n; i += 2) {
-    const LogarithmRow& row = kLogarithmTable[cells[i]];
-    const LogarithmRow& next = kLogarithmTable[cells[i + 1]];
-    rows.reduction[i] = row.reduction;
-    rows.logarithm[i] = row.logarithm;
-    rows.reduction[i + 1] = next.reduction;
-    rows.logarithm[i + 1] = next.logarithm;
-  }
-}
-
-// Not 0 unless x is above 0, normal and below 1.375 2^1023, where cellBits reach bit 63.
-FATHOM_INLINE std::uint64_t outsideCells(double x) {
+// Bit 63 is set unless x is above 0, normal and below 1.375 2^1023, where cellBits reach it.
+template <typename V>
+FATHOM_INLINE Bits<V> outsideCellsSign(const V& x) {
   constexpr std::uint64_t kLeastNormal = 0x0010'0000'0000'0000;
-  const std::uint64_t room = std::bit_cast<std::uint64_t>(x) - kLeastNormal;
-  return (room | cellBits(x)) & (std::uint64_t{1} << 63);
+  return (std::bit_cast<Bits<V>>(x) - kLeastNormal) | cellBits(x);
+}
+FATHOM_INLINE std::uint64_t outsideCells(double x) {
+  return outsideCellsSign(x) & kSignBit;
 }
 
+template <typename V>
+struct LogarithmRow {
+  V scale, offset;    // r and t
+  V logarithm, rest;  // of -ln r
+};
+template <typename V>
+FATHOM_INLINE void loadRow(const std::uint64_t* cells, LogarithmRow<V>& r) {
+  const auto row = [cells](std::size_t lane) -> const double* {
+    return kLogarithmTable[cells[lane]];
+  };
+  loadColumns(row, r.scale, r.offset, r.logarithm, r.rest);
+}
+
+template <typename V>
 struct ReducedLogarithm {
-  double z;
-  double leading;  // of e ln 2 - ln r,
-  double rest;     // which is off by less than 2^-80 |leading|
+  V z;
+  V leading;  // of e ln 2 - ln r,
+  V rest;     // which is off by less than 2^-80 |leading|
 };
 
-FATHOM_INLINE ReducedLogarithm reduceLogarithm(double x, const LogarithmRow& row) {
-  const std::uint64_t cell = cellBits(x);
+template <typename V>
+FATHOM_INLINE void reduceLogarithm(const V& x, const std::uint64_t* cells,
+                                   ReducedLogarithm<V>& reduced) {
+  LogarithmRow<V> row;
+  loadRow(cells, row);
+  const Bits<V> cell = cellBits(x);
   constexpr double kTwo52 = 0x1p52;
-  constexpr auto kOneBits = std::bit_cast<std::uint64_t>(1.0);
-  const auto biased = std::bit_cast<double>((cell >> 52) | std::bit_cast<std::uint64_t>(kTwo52));
-  const double e = biased - (kTwo52 + 1024.0);
+  const auto biased = std::bit_cast<V>((cell >> 52) | std::bit_cast<std::uint64_t>(kTwo52));
+  const V e = biased - (kTwo52 + 1024.0);
   constexpr std::uint64_t kBelowCell = (std::uint64_t{1} << 43) - 1;
-  const double f = std::bit_cast<double>((cell & kBelowCell) | kOneBits) - 1.0;
-  return {rounded(row.reduction.first * f) + row.reduction.second,
-          rounded(e * kLn2) + row.logarithm.first, rounded(e * kLn2Rest) + row.logarithm.second};
+  const V f = std::bit_cast<V>((cell & kBelowCell) | std::bit_cast<std::uint64_t>(1.0)) - 1.0;
+  reduced.z = rounded(row.scale * f) + row.offset;
+  reduced.leading = rounded(e * kLn2) + row.logarithm;
+  reduced.rest = rounded(e * kLn2Rest) + row.rest;
 }
 
 // ln x as high + low, off by less than 5 2^-53 |cube| + 2^-82 |high|, where cube is z^3 or nearly
@@ -84,29 +81,30 @@ FATHOM_INLINE ReducedLogarithm reduceLogarithm(double x, const LogarithmRow& row
 // z^2 + 2^-43 |high|.
 static_assert(kFromCubeError <= 0x1.2p-52);
 
+template <typename V>
 struct LogarithmSum {
-  double high;
-  double low;
-  double cube;
+  V high;
+  V low;
+  V cube;
 };
 
-FATHOM_INLINE LogarithmSum accurateLogarithm(const ReducedLogarithm& x) {
-  const double z = x.z;
-  const DoubleDouble parts = split(z);
-  const double half = 0.5 * parts.high;
-  const double squareHigh = rounded(half * parts.high);
-  const double squareLow = rounded(0.5 * parts.low * (z + parts.high));
-  const double s = x.leading + z;
-  const double lost = (x.leading - s) + z;
-  const double high = s - squareHigh;
-  const double lost2 = (s - high) - squareHigh;
-  const double square = rounded(z * z);
-  const double cube = rounded(square * z);
-  const double a = kFromCube[0] + rounded(z * kFromCube[1]);
-  const double b = kFromCube[2] + rounded(z * kFromCube[3]);
-  const double q = a + rounded(square * (b + rounded(square * kFromCube[4])));
-  const double low = (rounded(cube * q) - squareLow) + ((lost + lost2) + x.rest);
-  return {high, low, cube};
+template <typename V>
+FATHOM_INLINE void accurateLogarithm(const ReducedLogarithm<V>& x, LogarithmSum<V>& sum) {
+  const V& z = x.z;
+  const V leading = leading26Bits(z);
+  const V half = 0.5 * leading;
+  const V squareHigh = rounded(half * leading);
+  const V squareLow = rounded(0.5 * (z - leading) * (z + leading));
+  const V s = x.leading + z;
+  const V lost = (x.leading - s) + z;
+  sum.high = s - squareHigh;
+  const V lost2 = (s - sum.high) - squareHigh;
+  const V square = rounded(z * z);
+  sum.cube = rounded(square * z);
+  const V a = kFromCube[0] + rounded(z * kFromCube[1]);
+  const V b = kFromCube[2] + rounded(z * kFromCube[3]);
+  const V q = a + rounded(square * (b + rounded(square * kFromCube[4])));
+  sum.low = (rounded(sum.cube * q) - squareLow) + ((lost + lost2) + x.rest);
 }
 
 }  // namespace fathom

@@ -19,15 +19,12 @@
 #include "elementary/array_form.hpp"
 #include "elementary/double_double.hpp"
 #include "elementary/slow.hpp"
+#include "elementary/table_rows.hpp"
 #include "elementary/trigonometric_table.hpp"
+#include "elementary/vector.hpp"
 #include "frame/elementary.hpp"
 #include "frame/lanes.hpp"
 #include "frame/multiversion.hpp"
-
-#if defined(__GNUC__) && !defined(__clang__)
-// No vector is ever passed: these functions are inlined.
-#pragma GCC diagnostic ignored "-Wpsabi"
-#endif
 
 namespace fathom {
 namespace {
@@ -56,98 +53,17 @@ constexpr RowTable kTable = [] {
   return t;
 }();
 
-// V is double or a vector of doubles.
-template <typename V>
-struct BitsOf {
-  using Type = std::uint64_t;
-};
-template <>
-struct BitsOf<Lanes<16>> {
-  typedef std::uint64_t Type __attribute__((vector_size(16)));  // NOLINT(modernize-use-using)
-};
-template <>
-struct BitsOf<Lanes<32>> {
-  typedef std::uint64_t Type __attribute__((vector_size(32)));  // NOLINT(modernize-use-using)
-};
-template <>
-struct BitsOf<Lanes<64>> {
-  typedef std::uint64_t Type __attribute__((vector_size(64)));  // NOLINT(modernize-use-using)
-};
-template <typename V>
-using Bits = typename BitsOf<V>::Type;
-
-template <typename V>
-FATHOM_INLINE V masked(const V& x, std::uint64_t mask) {
-  return std::bit_cast<V>(std::bit_cast<Bits<V>>(x) & mask);
-}
-template <typename V>
-FATHOM_INLINE V magnitude(const V& x) {
-  return masked(x, 0x7FFF'FFFF'FFFF'FFFF);
-}
-template <typename V>
-FATHOM_INLINE V leading26Bits(const V& x) {
-  return masked(x, 0xFFFF'FFFF'F800'0000);
-}
-
+// Sine and cosine of the rows that the low bits of `turns` name.
 template <typename V>
 struct Rows {
   V sine, sineTail, cosine, cosineTail;
 };
-
-// The rows that the low bits of `turns` name. Each row is loaded whole, then the vectors of rows
-// are transposed: gathers are slower.
-FATHOM_INLINE const double* rowOf(double turns) {
-  return kTable.row[std::bit_cast<std::uint64_t>(turns) % kRows];
-}
 template <typename V>
-FATHOM_INLINE V vectorAt(const double* x) {
-  V v;
-  load(v, x);
-  return v;
-}
-FATHOM_INLINE void loadRows(const double* turns, Rows<double>& r) {
-  const double* row = rowOf(turns[0]);
-  r = {row[0], row[1], row[2], row[3]};
-}
-[[maybe_unused]] FATHOM_INLINE void loadRows(const double* turns, Rows<Lanes<16>>& r) {
-  using Half = Lanes<16>;
-  const double *p = rowOf(turns[0]), *q = rowOf(turns[1]);
-  const Half a = vectorAt<Half>(p), b = vectorAt<Half>(q);
-  const Half c = vectorAt<Half>(p + 2), d = vectorAt<Half>(q + 2);
-  r.sine = __builtin_shufflevector(a, b, 0, 2);
-  r.sineTail = __builtin_shufflevector(a, b, 1, 3);
-  r.cosine = __builtin_shufflevector(c, d, 0, 2);
-  r.cosineTail = __builtin_shufflevector(c, d, 1, 3);
-}
-[[maybe_unused]] FATHOM_INLINE void loadRows(const double* turns, Rows<Lanes<32>>& r) {
-  using Half = Lanes<16>;
-  using Whole = Lanes<32>;
-  const auto halves = [&](std::size_t lane, std::size_t column) -> Whole {
-    return __builtin_shufflevector(vectorAt<Half>(rowOf(turns[lane]) + column),
-                                   vectorAt<Half>(rowOf(turns[lane + 2]) + column), 0, 1, 2, 3);
+FATHOM_INLINE void loadRows(const double* turns, Rows<V>& r) {
+  const auto row = [turns](std::size_t lane) -> const double* {
+    return kTable.row[std::bit_cast<std::uint64_t>(turns[lane]) % kRows];
   };
-  const Whole a = halves(0, 0), b = halves(1, 0), c = halves(0, 2), d = halves(1, 2);
-  r.sine = __builtin_shufflevector(a, b, 0, 4, 2, 6);
-  r.sineTail = __builtin_shufflevector(a, b, 1, 5, 3, 7);
-  r.cosine = __builtin_shufflevector(c, d, 0, 4, 2, 6);
-  r.cosineTail = __builtin_shufflevector(c, d, 1, 5, 3, 7);
-}
-[[maybe_unused]] FATHOM_INLINE void loadRows(const double* turns, Rows<Lanes<64>>& r) {
-  using Half = Lanes<32>;
-  using Whole = Lanes<64>;
-  const auto pair = [&](std::size_t lane) -> Whole {
-    return __builtin_shufflevector(vectorAt<Half>(rowOf(turns[lane])),
-                                   vectorAt<Half>(rowOf(turns[lane + 4])), 0, 1, 2, 3, 4, 5, 6, 7);
-  };
-  const Whole a = pair(0), b = pair(1), c = pair(2), d = pair(3);
-  const Whole first = __builtin_shufflevector(a, b, 0, 8, 2, 10, 4, 12, 6, 14);
-  const Whole firstTail = __builtin_shufflevector(a, b, 1, 9, 3, 11, 5, 13, 7, 15);
-  const Whole second = __builtin_shufflevector(c, d, 0, 8, 2, 10, 4, 12, 6, 14);
-  const Whole secondTail = __builtin_shufflevector(c, d, 1, 9, 3, 11, 5, 13, 7, 15);
-  r.sine = __builtin_shufflevector(first, second, 0, 1, 8, 9, 4, 5, 12, 13);
-  r.cosine = __builtin_shufflevector(first, second, 2, 3, 10, 11, 6, 7, 14, 15);
-  r.sineTail = __builtin_shufflevector(firstTail, secondTail, 0, 1, 8, 9, 4, 5, 12, 13);
-  r.cosineTail = __builtin_shufflevector(firstTail, secondTail, 2, 3, 10, 11, 6, 7, 14, 15);
+  loadColumns(row, r.sine, r.sineTail, r.cosine, r.cosineTail);
 }
 
 // Adding it rounds to an integer, which then stands in the low bits. The second term keeps the bits
@@ -232,15 +148,10 @@ FATHOM_INLINE void cosine(const Rows<V>& row, const Angle<V>& angle, Sum<V>& sum
   rotate<true>(row.cosine, row.cosineTail, row.sine, row.sineTail, angle, sum);
 }
 
-// Rounds, and says by bits that are not 0 where that is in doubt, NaN included.
-template <typename V>
-FATHOM_INLINE Bits<V> roundSum(const Sum<V>& sum, const V& error, V& value) {
-  value = sum.high + (sum.low + error);
-  return std::bit_cast<Bits<V>>(value - (sum.high + (sum.low - error)));
-}
 template <typename V>
 FATHOM_INLINE Bits<V> roundSum(const Sum<V>& sum, V& value) {
-  return roundSum(sum, rounded(magnitude(sum.high) * kRelativeError) + kAngleError, value);
+  return roundWithin(sum.high, sum.low, rounded(magnitude(sum.high) * kRelativeError) + kAngleError,
+                     value);
 }
 
 // Quotient q of two sums. Its error is twice theirs, and kAngleError (1 + q^2).
@@ -287,7 +198,8 @@ FATHOM_INLINE void evaluate(const V& x, const double* turns, V& value, V& second
     divide(sum, divisor, quotient);
     const V& q = quotient.high;
     const V angleError = rounded(rounded(q * q) * kAngleError) + kAngleError;
-    doubt = roundSum(quotient, rounded(magnitude(q) * kQuotientError) + angleError, value);
+    const V error = rounded(magnitude(q) * kQuotientError) + angleError;
+    doubt = roundWithin(q, quotient.low, error, value);
   } else {
     doubt = roundSum(sum, value);
     if constexpr (f == Function::kSineCosine) {
@@ -295,11 +207,6 @@ FATHOM_INLINE void evaluate(const V& x, const double* turns, V& value, V& second
       doubt |= roundSum(sum, second);
     }
   }
-}
-
-template <typename V>
-FATHOM_INLINE V larger(const V& a, const V& b) {
-  return a > b ? a : b;
 }
 
 // Lanes of a block, all in the fast range or, if `near`, in that.
@@ -315,12 +222,10 @@ FATHOM_INLINE bool evaluateLanes(const double* x, std::size_t n, const double* t
     evaluate<f, near>(v, turns + i, value, second, doubt);
     store(y + i, value);
     if constexpr (f == Function::kSineCosine) store(z + i, second);
-    std::memcpy(doubts + i, &doubt, sizeof doubt);
+    storeBits(doubts + i, doubt);
     any |= doubt;
   }
-  std::uint64_t anyDoubt = 0;
-  for (std::size_t lane = 0; lane < kLanesOf<bytes>; ++lane) anyDoubt |= any[lane];
-  return anyDoubt != 0;
+  return anyBits(any);
 }
 
 // A block of an array form. First every k, so that the rows' indices come from memory. An argument
@@ -475,10 +380,8 @@ double carefulTangent(double x) {
 void evaluateArray(Function f, double (*careful)(double), const double* x, std::size_t n,
                    double* y) {
   const auto fast = [f](const double* argument, std::size_t count, double* value,
-                        std::uint64_t* doubt) {
-    bool any = false;
+                        std::uint64_t* doubt, bool& any) {
     evaluateBlock(f, argument, count, value, nullptr, doubt, any);
-    return any;
   };
   fathom::evaluateArray(x, n, y, fast, careful);
 }

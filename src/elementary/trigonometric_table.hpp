@@ -26,7 +26,7 @@ inline constexpr double kLongStepParts[3] = {
 };
 
 // sin(j pi / 256) for j = 0 ... 128 as a part of 26 bits and one of 53.
-inline constexpr double kQuarterSine[129][2] = {
+alignas(64) inline constexpr double kQuarterSine[129][2] = {
     {0.0, 0.0},
     {0x1.921d2p-7, -0x1.909c3dccf0e28p-34},
     {0x1.92155f8p-6, -0x1.7266081b1d631p-36},
