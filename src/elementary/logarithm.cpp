@@ -22,12 +22,12 @@ namespace {
 
 // Bounds, u = 2^-53: of z^2 P(z), |P| near 1/2, the square is off by u / 2 z^2, P by 3.4 u z^2 (two
 // roundings and kFromSquareError), the product by u / 2 z^2; as much again come from the sum that
-// is `low` and from low +- error: 5.4 u z^2. The other terms of `low` are below 2^-43 |s|.
+// is `low` and from low +- error: 5.4 u z^2.
 constexpr double kLogSquareError = 0x1.8p-51;
 // The product with 1 / ln 10 shrinks that by 0.44 and rounds the tail three times.
 constexpr double kLog10SquareError = 0x1.cp-52;
-// The sums of what is left are below 2^-32 for the natural logarithm, whose error is so small that
-// it need not be relative; only beside 1, where it is 0, that leaves more in doubt.
+// What is left of `low`, the rests, is below 2^-32, and its products and sums are off by less than
+// 2^-84 together. Where |z| < 2^-30 beside 1 they are 0, and results are left in doubt for nothing.
 constexpr double kNaturalError = 0x1p-84;
 constexpr double kDecimalError = 0x1p-74;
 static_assert(kFromSquareError <= 0x1.3p-52);

@@ -154,22 +154,19 @@ FATHOM_INLINE Bits<V> roundSum(const Sum<V>& sum, V& value) {
                      value);
 }
 
-// Quotient q of two sums. Its error is twice theirs, and kAngleError (1 + q^2).
+// Quotient q of two sums. Its error is twice theirs, kAngleError (1 + q^2), and less than 2^-66.5
+// |q| from the roundings here, of a remainder made of terms below 2^-13 of the dividend.
 constexpr double kQuotientError = 0x1.bp-64;
 
 template <typename V>
 FATHOM_INLINE void divide(const Sum<V>& a, const Sum<V>& b, Sum<V>& quotient) {
-  const V dividend = a.high + a.low;
-  const V dividendTail = a.low - (dividend - a.high);
   const V divisor = b.high + b.low;
-  const V divisorTail = b.low - (divisor - b.high);
   const V reciprocal = 1.0 / divisor;
-  const V q = rounded(dividend * reciprocal);
-  // dividend - q divisor, to within 2^-76 of the dividend.
-  const V q1 = leading26Bits(q), q2 = q - q1;
-  const V d1 = leading26Bits(divisor), d2 = divisor - d1;
-  const V left = ((dividend - rounded(q1 * d1)) - rounded(q1 * d2)) - rounded(q2 * d1);
-  const V remainder = (left - rounded(q2 * d2)) + (dividendTail - rounded(q * divisorTail));
+  const V q = rounded((a.high + a.low) * reciprocal);
+  const V qHead = leading26Bits(q), divisorHead = leading26Bits(b.high);
+  const V divisorRest = (b.high - divisorHead) + b.low;
+  const V remainder = ((a.high - rounded(qHead * divisorHead)) - rounded(qHead * divisorRest)) +
+                      (a.low - rounded((q - qHead) * divisor));
   quotient.high = q;
   quotient.low = rounded(remainder * reciprocal);
 }
