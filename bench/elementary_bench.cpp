@@ -20,6 +20,18 @@ void apply(Scalar f, const Array& x, const Array& y) {
   std::transform(x->begin(), x->end(), y->begin(), f);
 }
 
+void addOneByOne(const std::string& name, const Array& x, Scalar scalar, Scalar peer) {
+  const auto n = static_cast<std::int32_t>(x->size());
+  const Array y = constant(n, 0.0);
+  addRow({name + ", one by one", n, kLibm, 0.6, [=]() -> Sides {
+            return {[=] {
+                      apply(scalar, x, y);
+                      return FATHOM_OK;
+                    },
+                    [=] { apply(peer, x, y); }};
+          }});
+}
+
 void addOneArgument(const std::string& name, const Array& x, ArrayForm array, Scalar scalar,
                     Scalar peer, double arrayGoal) {
   const auto n = static_cast<std::int32_t>(x->size());
@@ -32,13 +44,7 @@ void addOneArgument(const std::string& name, const Array& x, ArrayForm array, Sc
                     },
                     loop};
           }});
-  addRow({name + ", one by one", n, kLibm, 0.6, [=]() -> Sides {
-            return {[=] {
-                      apply(scalar, x, y);
-                      return FATHOM_OK;
-                    },
-                    loop};
-          }});
+  addOneByOne(name, x, scalar, peer);
 }
 
 void addSineCosine() {
@@ -75,6 +81,32 @@ void addTrigonometricRows() {
   addOneArgument("tan", x, fathom::tan, fathom::tan, std::tan, kNoGoal);
 }
 
+// The angles of points on all sides of the origin.
+void addInverseTrigonometricRows() {
+  const Array x = uniform(kAngles, -10.0, 10.0), y = uniform(kAngles, -7.0, 12.0);
+  const Array angle = constant(kAngles, 0.0);
+  const auto loop = [=](auto atan2) {
+    std::transform(y->begin(), y->end(), x->begin(), angle->begin(), atan2);
+  };
+  const auto libm = [=] { loop([](double b, double a) { return std::atan2(b, a); }); };
+  addRow({"atan2 of an array", kAngles, kLibm, byLevel(2.5, 1.5, 1.0), [=]() -> Sides {
+            return {[=] {
+                      fathom::atan2(y->data(), x->data(), x->size(), angle->data());
+                      return FATHOM_OK;
+                    },
+                    libm};
+          }});
+  addRow({"atan2, one by one", kAngles, kLibm, 0.6, [=]() -> Sides {
+            return {[=] {
+                      loop([](double b, double a) { return fathom::atan2(b, a); });
+                      return FATHOM_OK;
+                    },
+                    libm};
+          }});
+  addOneByOne("atan", x, fathom::atan, std::atan);
+  addOneByOne("acos", uniform(kAngles, -1.0, 1.0), fathom::acos, std::acos);
+}
+
 void addExponentialRows() {
   const Array x = uniform(kAngles, 0.01, 20.0);
   const double goal = byLevel(2.5, 1.5, 1.0);
@@ -107,6 +139,7 @@ void addChirpRow(std::int32_t n) {
 
 void addElementaryRows() {
   addTrigonometricRows();
+  addInverseTrigonometricRows();
   addExponentialRows();
   for (const std::int32_t n : {1'000, 30'000}) addChirpRow(n);
 }
