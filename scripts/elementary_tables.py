@@ -183,7 +183,7 @@ def trigonometric_table():
         double_array("kStepParts",
                      ("pi / 256 as a sum. Three parts of 20 bits, whose products with integers up to 2^33 are",
                       "exact, and one of 53 bits;"), parts(step, 20, 20, 20, 53)),
-        double_array("kNearStepParts", ("two for integers below 2^11;",), parts(step, 42, 53)),
+        double_array("kNearStepParts", ("three for integers below 2^11;",), parts(step, 42, 42, 53)),
         double_array("kLongStepParts", ("and three of 53 bits.",), parts(step, 53, 53, 53)),
         "\n",
         row_array("kQuarterSine",

@@ -76,9 +76,17 @@ constexpr double kStepsPerRadian = 81.48733086305042;
 constexpr double kFastRange = 0x1p26;
 constexpr double kNearRange = 24.0;
 
-// r is off by less, through the last part of pi / 256, its product with k, and the last difference:
-// k 2^-122, and in the near range k 2^-102.
-constexpr double kAngleError = 0x1p-89;
+// How much r may be off, through the last part of pi / 256, its product with k, and the last
+// difference: k 2^-122 < |x| 2^-115, and in the near range k 2^-143. Angles are often the doubles
+// next to multiples of pi / 2, where that must be little beside r.
+template <bool near, typename V>
+FATHOM_INLINE V angleError(const V& x) {
+  if constexpr (near) {
+    return V{} + 0x1p-132;
+  } else {
+    return rounded(magnitude(x) * 0x1p-115) + 0x1p-960;
+  }
+}
 
 // r, with the terms of its sine and cosine beyond the leading ones.
 template <typename V>
@@ -90,15 +98,16 @@ struct Angle {
 
 template <bool near, typename V>
 FATHOM_INLINE void reduce(const V& x, const V& k, Angle<V>& angle) {
-  // Exact differences: multiples of 2^-52 |x| and of the last bit of a part, of diminishing size.
   V r, low;
   if constexpr (near) {
-    const V first = x - rounded(k * kNearStepParts[0]);
+    const V first = x - rounded(k * kNearStepParts[0]);  // exact
     const V second = rounded(k * kNearStepParts[1]);
-    r = first - second;
+    const V third = rounded(k * kNearStepParts[2]);
+    r = (first - second) - third;
     angle.high = leading26Bits(r);
-    low = (first - angle.high) - second;
+    low = ((first - angle.high) - second) - third;
   } else {
+    // Exact: multiples of 2^-52 |x| and of the last bit of a part, of diminishing size.
     const V first = (x - rounded(k * kStepParts[0])) - rounded(k * kStepParts[1]);
     const V third = rounded(k * kStepParts[2]);
     const V fourth = rounded(k * kStepParts[3]);
@@ -116,7 +125,7 @@ FATHOM_INLINE void reduce(const V& x, const V& k, Angle<V>& angle) {
 }
 
 // A sine or cosine as high + low, |low| < 2^-14 |high|. Its error is below kRelativeError |high| +
-// kAngleError. Most are roundings of S (cos r - 1) and of sums as small: with T = |S| r^2 / 2 <
+// angleError(). Most are roundings of S (cos r - 1) and of sums as small: with T = |S| r^2 / 2 <
 // 2^-15.7 |S|, at most 8 x 2^-53 T for the first row, where |S| is up to 2 |sin x|, and 11 x 2^-53
 // T for the others, where it is at most 4/3 |sin x|. For k = 0 there is no S, and the terms of
 // third order take its place, with T < 2^-17 |r|. (2^-65.8 was seen.)
@@ -149,13 +158,13 @@ FATHOM_INLINE void cosine(const Rows<V>& row, const Angle<V>& angle, Sum<V>& sum
 }
 
 template <typename V>
-FATHOM_INLINE Bits<V> roundSum(const Sum<V>& sum, V& value) {
-  return roundWithin(sum.high, sum.low, rounded(magnitude(sum.high) * kRelativeError) + kAngleError,
-                     value);
+FATHOM_INLINE Bits<V> roundSum(const Sum<V>& sum, const V& angleError, V& value) {
+  const V error = rounded(magnitude(sum.high) * kRelativeError) + angleError;
+  return roundWithin(sum.high, sum.low, error, value);
 }
 
-// Quotient q of two sums. Its error is twice theirs, kAngleError (1 + q^2), and less than 2^-66.5
-// |q| from the roundings here, of a remainder made of terms below 2^-13 of the dividend.
+// Quotient q of two sums. Its error is twice theirs, that of the angle times 1 + q^2, and less than
+// 2^-66.5 |q| from the roundings here, of a remainder made of terms below 2^-13 of the dividend.
 constexpr double kQuotientError = 0x1.bp-64;
 
 template <typename V>
@@ -189,19 +198,20 @@ FATHOM_INLINE void evaluate(const V& x, const double* turns, V& value, V& second
   loadRows(turns, row);
   reduce<near>(x, k - shiftOf<f>, angle);
   sine(row, angle, sum);
+  const V fromAngle = angleError<near>(x);
   if constexpr (f == Function::kTangent) {
     Sum<V> divisor, quotient;
     cosine(row, angle, divisor);
     divide(sum, divisor, quotient);
     const V& q = quotient.high;
-    const V angleError = rounded(rounded(q * q) * kAngleError) + kAngleError;
-    const V error = rounded(magnitude(q) * kQuotientError) + angleError;
+    const V error =
+        rounded(magnitude(q) * kQuotientError) + (rounded(rounded(q * q) * fromAngle) + fromAngle);
     doubt = roundWithin(q, quotient.low, error, value);
   } else {
-    doubt = roundSum(sum, value);
+    doubt = roundSum(sum, fromAngle, value);
     if constexpr (f == Function::kSineCosine) {
       cosine(row, angle, sum);
-      doubt |= roundSum(sum, second);
+      doubt |= roundSum(sum, fromAngle, second);
     }
   }
 }

@@ -13,10 +13,11 @@ inline constexpr double kStepParts[4] = {
     -0x1.73dccp-50,
     0x1.898cc51701b84p-71,
 };
-// two for integers below 2^11;
-inline constexpr double kNearStepParts[2] = {
+// three for integers below 2^11;
+inline constexpr double kNearStepParts[3] = {
     0x1.921fb54443p-7,
-    -0x1.73dcb3b399d74p-50,
+    -0x1.73dcb3b39ap-50,
+    0x1.45c06e0e68948p-93,
 };
 // and three of 53 bits.
 inline constexpr double kLongStepParts[3] = {
