@@ -6,9 +6,9 @@
 #ifndef FATHOM_ELEMENTARY_DOUBLE_DOUBLE_HPP
 #define FATHOM_ELEMENTARY_DOUBLE_DOUBLE_HPP
 
-#include <bit>
 #include <cstdint>
 
+#include "elementary/vector.hpp"
 #include "frame/multiversion.hpp"
 
 namespace fathom {
@@ -33,8 +33,7 @@ FATHOM_INLINE DoubleDouble twoSum(double a, double b) {
 
 // The 26 leading bits of a, and the 27 that remain.
 FATHOM_INLINE DoubleDouble split(double a) {
-  const auto leading = std::bit_cast<std::uint64_t>(a) & 0xFFFF'FFFF'F800'0000;
-  const double high = std::bit_cast<double>(leading);
+  const double high = leading26Bits(a);
   return {high, a - high};
 }
 
@@ -80,17 +79,10 @@ struct RoundedResult {
   std::uint64_t doubt;
 };
 
-// Not 0 where two doubles differ or one is NaN.
-FATHOM_INLINE std::uint64_t differingBits(double a, double b) {
-  return std::bit_cast<std::uint64_t>(a - b);
-}
-
-// Rounds a pair that is off by at most `error` (absolute, above 0). The result must be a normal
-// number.
 FATHOM_INLINE RoundedResult roundedWithin(DoubleDouble x, double error) {
-  const double above = x.high + (x.low + error);
-  const double below = x.high + (x.low - error);
-  return {above, differingBits(above, below)};
+  RoundedResult result;
+  result.doubt = roundWithin(x.high, x.low, error, result.value);
+  return result;
 }
 
 }  // namespace fathom

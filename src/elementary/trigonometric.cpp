@@ -189,7 +189,7 @@ constexpr double shiftOf = kShift + (f == Function::kCosine ? kQuarter : 0);
 // The function of x in `value`, for sincos the cosine in `second`. Returns bits that are not 0
 // where they are in doubt, as for a zero, whose sign is lost.
 template <Function f, bool near, typename V>
-FATHOM_INLINE void evaluate(const V& x, const double* turns, V& value, V& second, Bits<V>& doubt) {
+FATHOM_INLINE Bits<V> evaluate(const V& x, const double* turns, V& value, V& second) {
   V k;
   std::memcpy(&k, turns, sizeof k);
   Rows<V> row;
@@ -206,13 +206,14 @@ FATHOM_INLINE void evaluate(const V& x, const double* turns, V& value, V& second
     const V& q = quotient.high;
     const V error =
         rounded(magnitude(q) * kQuotientError) + (rounded(rounded(q * q) * fromAngle) + fromAngle);
-    doubt = roundWithin(q, quotient.low, error, value);
+    return roundWithin(q, quotient.low, error, value);
   } else {
-    doubt = roundSum(sum, fromAngle, value);
+    Bits<V> doubt = roundSum(sum, fromAngle, value);
     if constexpr (f == Function::kSineCosine) {
       cosine(row, angle, sum);
       doubt |= roundSum(sum, fromAngle, second);
     }
+    return doubt;
   }
 }
 
@@ -223,10 +224,8 @@ FATHOM_INLINE bool evaluateLanes(const double* x, std::size_t n, const double* t
   using V = Lanes<bytes>;
   Bits<V> any{};
   for (std::size_t i = 0; i < n; i += kLanesOf<bytes>) {
-    V v, value, second;
-    Bits<V> doubt;
-    load(v, x + i);
-    evaluate<f, near>(v, turns + i, value, second, doubt);
+    V value, second;
+    const Bits<V> doubt = evaluate<f, near>(vectorAt<V>(x + i), turns + i, value, second);
     store(y + i, value);
     if constexpr (f == Function::kSineCosine) store(z + i, second);
     storeBits(doubts + i, doubt);
@@ -244,8 +243,7 @@ FATHOM_INLINE bool evaluateBlock(const double* x, std::size_t n, double* y, doub
   alignas(64) double turns[kElementaryBlock];
   V reached{};
   for (std::size_t i = 0; i < n; i += kLanesOf<bytes>) {
-    V v;
-    load(v, x + i);
+    const auto v = vectorAt<V>(x + i);
     reached = larger(magnitude(v), reached);
     store(turns + i, rounded(v * kStepsPerRadian) + shiftOf<f>);
   }
@@ -285,15 +283,9 @@ FATHOM_BY_WIDTH(evaluateBlock,
 template <Function f>
 FATHOM_INLINE bool evaluateScalar(double x, double& value, double& second) {
   const double turns = rounded(x * kStepsPerRadian) + shiftOf<f>;
-  std::uint64_t doubt;
-  if (magnitude(x) <= kNearRange) {
-    evaluate<f, true>(x, &turns, value, second, doubt);
-  } else if (magnitude(x) <= kFastRange) {
-    evaluate<f, false>(x, &turns, value, second, doubt);
-  } else {
-    return false;
-  }
-  return doubt == 0;
+  if (magnitude(x) <= kNearRange) return evaluate<f, true>(x, &turns, value, second) == 0;
+  if (magnitude(x) <= kFastRange) return evaluate<f, false>(x, &turns, value, second) == 0;
+  return false;
 }
 
 // What the fast path leaves in doubt: the same sums as double-doubles throughout.

@@ -84,8 +84,9 @@ FATHOM_INLINE Bits<V> outsideBits(const V& x, double limit) {
   return (std::bit_cast<std::uint64_t>(limit) - std::bit_cast<Bits<V>>(magnitude(x))) & kSignBit;
 }
 
-// Rounds a pair that is off by at most `error`, as roundedWithin(), and returns bits that are not 0
-// where that is in doubt, NaN included.
+// Rounds a pair that is off by at most `error` (absolute, above 0). Returns bits that are not 0
+// where that is in doubt: another value within the bound would round to another double, or NaN. The
+// result must be a normal number.
 template <typename V>
 FATHOM_INLINE Bits<V> roundWithin(const V& high, const V& low, const V& error, V& value) {
   value = high + (low + error);
@@ -93,9 +94,6 @@ FATHOM_INLINE Bits<V> roundWithin(const V& high, const V& low, const V& error, V
 }
 
 // Whether a lane of `bits` is not 0.
-FATHOM_INLINE bool anyBits(std::uint64_t bits) {
-  return bits != 0;
-}
 template <typename B>
 FATHOM_INLINE bool anyBits(const B& bits) {
   std::uint64_t any = 0;
