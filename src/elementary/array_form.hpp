@@ -22,6 +22,19 @@ struct ElementaryBlock {
   alignas(64) std::uint64_t doubt[kElementaryBlock];
 };
 
+// Calls slow(i) for each i below n whose doubt is not 0. There is room for whole vectors.
+template <typename Slow>
+void eachInDoubt(const std::uint64_t* doubt, std::size_t n, Slow slow) {
+  for (std::size_t first = 0; first < n; first += kWidestLanes) {
+    std::uint64_t any = 0;
+    for (std::size_t lane = 0; lane < kWidestLanes; ++lane) any |= doubt[first + lane];
+    if (any == 0) continue;
+    for (std::size_t i = first; i < std::min(first + kWidestLanes, n); ++i) {
+      if (doubt[i] != 0) slow(i);
+    }
+  }
+}
+
 // Functions of several arguments, or with several results. `fast(block, n)` computes n values, a
 // multiple of kWidestLanes, and says whether any is in doubt; `slow(block, i)` computes value i.
 template <std::size_t inputs, std::size_t outputs, typename Fast, typename Slow>
@@ -39,14 +52,7 @@ void evaluateArrays(const double* const (&x)[inputs], std::size_t n, double* con
     }
     for (std::size_t k = 0; k < outputs; ++k) block.value[k] = whole ? y[k] + start : value[k];
     if (fast(block, padded)) {
-      for (std::size_t first = 0; first < count; first += kWidestLanes) {
-        std::uint64_t any = 0;
-        for (std::size_t lane = 0; lane < kWidestLanes; ++lane) any |= block.doubt[first + lane];
-        if (any == 0) continue;
-        for (std::size_t i = first; i < std::min(first + kWidestLanes, count); ++i) {
-          if (block.doubt[i] != 0) slow(block, i);
-        }
-      }
+      eachInDoubt(block.doubt, count, [&block, slow](std::size_t i) { slow(block, i); });
     }
     for (std::size_t k = 0; !whole && k < outputs; ++k) std::copy_n(value[k], count, y[k] + start);
   }

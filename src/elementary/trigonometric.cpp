@@ -1,14 +1,8 @@
 // sin, cos, sincos and tan, correctly rounded.
 //
-// Reduction: x = k pi / 256 + r with |r| < pi / 512 (1 + 2^-18). With the sine S and cosine C of
-// k pi / 256 from a table,
-//   sin x = S + C r + (C (sin r - r) + S (cos r - 1));
-// the row k + 128, a quarter turn on, gives cos x. r = high + low, where high has 26 bits; so have
-// the leading parts of S and C, hence S + C high is exact as a sum of two doubles. What is left is
-// below 2^-14 of the result, and plain doubles do.
-//
-// The same lines serve one double and a vector of them. The few results whose rounding they leave
-// in doubt are found again in double-double arithmetic, and where that does not settle it by
+// The reduction and its rotation are those of trigonometric_core.hpp; tan is a quotient of two such
+// sums. The same lines serve one double and a vector of them. The few results whose rounding they
+// leave in doubt are found again in double-double arithmetic, and where that does not settle it by
 // slow::.
 #include <algorithm>
 #include <bit>
@@ -20,6 +14,7 @@
 #include "elementary/double_double.hpp"
 #include "elementary/slow.hpp"
 #include "elementary/table_rows.hpp"
+#include "elementary/trigonometric_core.hpp"
 #include "elementary/trigonometric_table.hpp"
 #include "elementary/vector.hpp"
 #include "frame/elementary.hpp"
@@ -28,140 +23,6 @@
 
 namespace fathom {
 namespace {
-
-constexpr std::size_t kRows = 512;
-constexpr std::size_t kQuarter = kRows / 4;
-
-// Rows of sine and cosine, each as a part of 26 bits and a tail.
-struct RowTable {
-  alignas(64) double row[kRows][4];
-};
-constexpr RowTable kTable = [] {
-  RowTable t{};
-  for (std::size_t k = 0; k < kRows; ++k) {
-    const std::size_t j = k % kQuarter;
-    const bool odd = k / kQuarter % 2 != 0;
-    const double* sine = kQuarterSine[odd ? kQuarter - j : j];
-    const double* cosine = kQuarterSine[odd ? j : kQuarter - j];
-    const double sineSign = k < 2 * kQuarter ? 1.0 : -1.0;
-    const double cosineSign = k < kQuarter || k >= 3 * kQuarter ? 1.0 : -1.0;
-    for (std::size_t part = 0; part < 2; ++part) {
-      t.row[k][part] = sineSign * sine[part];
-      t.row[k][2 + part] = cosineSign * cosine[part];
-    }
-  }
-  return t;
-}();
-
-// Sine and cosine of the rows that the low bits of `turns` name.
-template <typename V>
-struct Rows {
-  V sine, sineTail, cosine, cosineTail;
-};
-template <typename V>
-FATHOM_INLINE void loadRows(const double* turns, Rows<V>& r) {
-  const auto row = [turns](std::size_t lane) -> const double* {
-    return kTable.row[std::bit_cast<std::uint64_t>(turns[lane]) % kRows];
-  };
-  loadColumns(row, r.sine, r.sineTail, r.cosine, r.cosineTail);
-}
-
-// Adding it rounds to an integer, which then stands in the low bits. The second term keeps the bits
-// above the lowest 34 as they are for all integers of the range below.
-constexpr double kShift = 0x1.8p52 + 0x1p33;
-constexpr double kStepsPerRadian = 81.48733086305042;
-
-// The fast range, |k| < 2^33, and that of |k| < 2^11: the products of k with all parts of pi / 256
-// but the last are exact.
-constexpr double kFastRange = 0x1p26;
-constexpr double kNearRange = 24.0;
-
-// How much r may be off, through the last part of pi / 256, its product with k, and the last
-// difference: k 2^-122 < |x| 2^-115, and in the near range k 2^-143. Angles are often the doubles
-// next to multiples of pi / 2, where that must be little beside r.
-template <bool near, typename V>
-FATHOM_INLINE V angleError(const V& x) {
-  if constexpr (near) {
-    return V{} + 0x1p-132;
-  } else {
-    return rounded(magnitude(x) * 0x1p-115) + 0x1p-960;
-  }
-}
-
-// r, with the terms of its sine and cosine beyond the leading ones.
-template <typename V>
-struct Angle {
-  V high;
-  V sine;    // sin r - high
-  V cosine;  // cos r - 1
-};
-
-template <bool near, typename V>
-FATHOM_INLINE void reduce(const V& x, const V& k, Angle<V>& angle) {
-  V r, low;
-  if constexpr (near) {
-    const V first = x - rounded(k * kNearStepParts[0]);  // exact
-    const V second = rounded(k * kNearStepParts[1]);
-    const V third = rounded(k * kNearStepParts[2]);
-    r = (first - second) - third;
-    angle.high = leading26Bits(r);
-    low = ((first - angle.high) - second) - third;
-  } else {
-    // Exact: multiples of 2^-52 |x| and of the last bit of a part, of diminishing size.
-    const V first = (x - rounded(k * kStepParts[0])) - rounded(k * kStepParts[1]);
-    const V third = rounded(k * kStepParts[2]);
-    const V fourth = rounded(k * kStepParts[3]);
-    r = (first - third) - fourth;
-    angle.high = leading26Bits(r);
-    low = ((first - angle.high) - third) - fourth;
-  }
-  // Taylor's series: the next terms are below 2^-77 |r| and 2^-74.
-  const V square = rounded(r * r);
-  const V fifth = 0x1.1111111111111p-7 - rounded(square * 0x1.a01a01a01a01ap-13);
-  const V cubic = -0x1.5555555555555p-3 + rounded(square * fifth);
-  angle.sine = low + rounded(rounded(r * square) * cubic);
-  const V fourthOrder = 0x1.5555555555555p-5 - rounded(square * 0x1.6c16c16c16c17p-10);
-  angle.cosine = rounded(square * (-0.5 + rounded(square * fourthOrder)));
-}
-
-// A sine or cosine as high + low, |low| < 2^-14 |high|. Its error is below kRelativeError |high| +
-// angleError(). Most are roundings of S (cos r - 1) and of sums as small: with T = |S| r^2 / 2 <
-// 2^-15.7 |S|, at most 8 x 2^-53 T for the first row, where |S| is up to 2 |sin x|, and 11 x 2^-53
-// T for the others, where it is at most 4/3 |sin x|. For k = 0 there is no S, and the terms of
-// third order take its place, with T < 2^-17 |r|. (2^-65.8 was seen.)
-template <typename V>
-struct Sum {
-  V high, low;
-};
-constexpr double kRelativeError = 0x1.8p-65;
-
-// first cos r + second sin r, or the difference.
-template <bool minus, typename V>
-FATHOM_INLINE void rotate(const V& first, const V& firstTail, const V& second, const V& secondTail,
-                          const Angle<V>& angle, Sum<V>& sum) {
-  const V leading = rounded(second * angle.high);
-  const V cross = rounded(secondTail * angle.high);
-  const V rest = rounded((second + secondTail) * angle.sine);
-  sum.high = minus ? first - leading : first + leading;
-  const V gone = first - sum.high;
-  const V lost = minus ? gone - leading : gone + leading;
-  const V small = minus ? ((lost + firstTail) - cross) - rest : ((lost + firstTail) + cross) + rest;
-  sum.low = small + rounded((first + firstTail) * angle.cosine);
-}
-template <typename V>
-FATHOM_INLINE void sine(const Rows<V>& row, const Angle<V>& angle, Sum<V>& sum) {
-  rotate<false>(row.sine, row.sineTail, row.cosine, row.cosineTail, angle, sum);
-}
-template <typename V>
-FATHOM_INLINE void cosine(const Rows<V>& row, const Angle<V>& angle, Sum<V>& sum) {
-  rotate<true>(row.cosine, row.cosineTail, row.sine, row.sineTail, angle, sum);
-}
-
-template <typename V>
-FATHOM_INLINE Bits<V> roundSum(const Sum<V>& sum, const V& angleError, V& value) {
-  const V error = rounded(magnitude(sum.high) * kRelativeError) + angleError;
-  return roundWithin(sum.high, sum.low, error, value);
-}
 
 // Quotient q of two sums. Its error is twice theirs, that of the angle times 1 + q^2, and less than
 // 2^-66.5 |q| from the roundings here, of a remainder made of terms below 2^-13 of the dividend.
@@ -192,7 +53,7 @@ template <Function f, bool near, typename V>
 FATHOM_INLINE Bits<V> evaluate(const V& x, const double* turns, V& value, V& second) {
   V k;
   std::memcpy(&k, turns, sizeof k);
-  Rows<V> row;
+  SineRows<V> row;
   Angle<V> angle;
   Sum<V> sum;
   loadRows(turns, row);
@@ -288,54 +149,98 @@ FATHOM_INLINE bool evaluateScalar(double x, double& value, double& second) {
   return false;
 }
 
-// What the fast path leaves in doubt: the same sums as double-doubles throughout.
+// What the fast path leaves in doubt: the same rotation, with one more term of it exact and what is
+// left below 2^-24 of the result.
 
 // Below it, sin x and tan x round to x, and cos x to 1: what is missing of x is below 2^-55 x.
 constexpr double kTiny = 0x1p-27;
-// Products of two double-doubles with k are exact enough, and k has 47 bits.
+// k has 47 bits.
 constexpr double kCarefulRange = 0x1p40;
-// The parts of S and C hold 79 bits, and nothing else is as far off.
-constexpr double kCarefulError = 0x1p-75;
 
+// r = high + low, where high has 26 bits, and how much that may be off.
 struct CarefulAngle {
   std::size_t row;
-  DoubleDouble sine;    // sin r
-  DoubleDouble cosine;  // cos r - 1
+  double high, low;
+  double error;
 };
 
-CarefulAngle reduceCarefully(double x) {
-  const double turns = rounded(x * kStepsPerRadian) + 0x1.8p52;
-  const double k = turns - 0x1.8p52;
+// For k of up to 47 bits. The error is that of the last product, below 2^-122, and of sums of the
+// low halves, which are below 2^-59.
+void reduceLong(double x, double k, CarefulAngle& angle) {
   const DoubleDouble first = twoProduct(k, kLongStepParts[0]);
   const DoubleDouble second = twoProduct(k, kLongStepParts[1]);
   const DoubleDouble near = twoSum(x - first.high, -first.low);  // exact: x is near first.high
-  const DoubleDouble rest{-second.high, -second.low - k * kLongStepParts[2]};
+  const DoubleDouble rest{-second.high, -second.low - rounded(k * kLongStepParts[2])};
   const DoubleDouble r = near + rest;
-
-  const DoubleDouble square = r * r;
-  const double t = square.high;
-  const double fifth =
-      t * (0x1.1111111111111p-7 - t * (0x1.a01a01a01a01ap-13 - t * 0x1.71de3a556c734p-19));
-  const double fourth =
-      t * (0x1.5555555555555p-5 - t * (0x1.6c16c16c16c17p-10 - t * 0x1.a01a01a01a01ap-16));
-  const DoubleDouble cubic = DoubleDouble{-0x1.5555555555555p-3, -0x1.5555555555555p-57} + fifth;
-  const auto row = static_cast<std::size_t>(std::bit_cast<std::uint64_t>(turns) % kRows);
-  return {row, r + r * (square * cubic), square * fastTwoSum(-0.5, fourth)};
+  angle.high = leading26Bits(r.high);
+  angle.low = (r.high - angle.high) + r.low;
+  angle.error = 0x1p-110;
 }
 
-// The sine `quarters` quarter turns ahead.
-DoubleDouble carefulSine(const CarefulAngle& angle, std::size_t quarters) {
-  const double* row = kTable.row[(angle.row + quarters * kQuarter) % kRows];
-  const DoubleDouble s = fastTwoSum(row[0], row[1]);
-  const DoubleDouble c = fastTwoSum(row[2], row[3]);
-  return s + (c * angle.sine + s * angle.cosine);
+CarefulAngle reduceCarefully(double x) {
+  const double turns = rounded(x * kStepsPerRadian) + kShift;
+  const double k = turns - kShift;
+  CarefulAngle angle;
+  angle.row = static_cast<std::size_t>(std::bit_cast<std::uint64_t>(turns) % kSineRows);
+  double r;
+  if (magnitude(x) <= kNearRange) {
+    reduce<true>(x, k, r, angle.high, angle.low);
+    angle.error = angleError<true>(x);
+  } else if (magnitude(x) <= kFastRange) {
+    reduce<false>(x, k, r, angle.high, angle.low);
+    angle.error = angleError<false>(x);
+  } else {
+    reduceLong(x, k, angle);
+  }
+  return angle;
+}
+
+// A sine or cosine as high + low, and how much that may be off.
+struct CarefulSum {
+  double high, low;
+  double error;
+};
+
+// The sine `quarters` quarter turns ahead: S + C h - S h^2 / 2, exact as high and what it lost, and
+//   C (l + sin r - r) + S (cos r - 1 + h^2 / 2)
+// with r = h + l. Error: of the term of C, below 2^-24.6, at most 14 roundings to 53 bits; of all
+// others, which are below 2^-26 |S|, and of l, less than 2^-76 of the result.
+CarefulSum carefulSine(const CarefulAngle& angle, std::size_t quarters) {
+  const double* row = kSineTable.row[(angle.row + quarters * kQuarter) % kSineRows];
+  const double s = row[0], sTail = row[1], c = row[2], cTail = row[3];
+  const double h = angle.high, l = angle.low;
+  const double hSquare = rounded(h * h);  // exact
+  const double hSquareHead = leading26Bits(hSquare);
+
+  const double lead = rounded(c * h);
+  const double sum = s + lead;
+  const double quadratic = rounded(-0.5 * s * hSquareHead);
+  const double high = sum + quadratic;
+  const double lost = ((s - sum) + lead) + ((sum - high) + quadratic);
+
+  const double r = h + l;
+  const double square = rounded(r * r);
+  const double seventh = -0x1.a01a01a01a01ap-13 + rounded(square * 0x1.71de3a556c734p-19);
+  const double fifth = 0x1.1111111111111p-7 + rounded(square * seventh);
+  const double cubic = -0x1.5555555555555p-3 + rounded(square * fifth);
+  const double sixth = -0x1.6c16c16c16c17p-10 + rounded(square * 0x1.a01a01a01a01ap-16);
+  const double fourth = 0x1.5555555555555p-5 + rounded(square * sixth);
+
+  const double ofCosine = rounded((c + cTail) * (l + rounded(rounded(r * square) * cubic)));
+  const double even = rounded(rounded(square * square) * fourth) - rounded(l * (h + 0.5 * l));
+  const double ofSine = rounded((s + sTail) * (even - 0.5 * (hSquare - hSquareHead)));
+  const double ofTails = rounded(cTail * h) - rounded(sTail * (0.5 * hSquareHead));
+  const double low = (lost + (ofTails + ofSine)) + (sTail + ofCosine);
+  return {
+      high, low,
+      (rounded(magnitude(high) * 0x1p-76) + rounded(magnitude(ofCosine) * 0x1p-49)) + angle.error};
 }
 
 double roundedSine(double x, const CarefulAngle& angle, std::size_t quarters,
                    double (*slow)(double)) {
-  const DoubleDouble sum = carefulSine(angle, quarters);
-  const RoundedResult result = roundedWithin(sum, fabs(sum.high) * kCarefulError);
-  return result.doubt == 0 ? result.value : slow(x);
+  const CarefulSum sum = carefulSine(angle, quarters);
+  double value;
+  return roundWithin(sum.high, sum.low, sum.error, value) == 0 ? value : slow(x);
 }
 
 double carefulSine(double x) {
@@ -361,17 +266,21 @@ void carefulSineCosine(double x, double& s, double& c) {
   c = roundedSine(x, angle, 1, slow::cos);
 }
 
+// The quotient's error is the sum of the two relative ones, and 2^-98 from the arithmetic here.
 double carefulTangent(double x) {
   if (fabs(x) < kTiny) return x;
   if (!(fabs(x) < kCarefulRange)) return slow::tan(x);
   const CarefulAngle angle = reduceCarefully(x);
-  const DoubleDouble s = carefulSine(angle, 0);
-  const DoubleDouble c = carefulSine(angle, 1);
+  const CarefulSum sine = carefulSine(angle, 0);
+  const CarefulSum cosine = carefulSine(angle, 1);
+  const DoubleDouble s = fastTwoSum(sine.high, sine.low);
+  const DoubleDouble c = fastTwoSum(cosine.high, cosine.low);
   const double q = s.high / c.high;
   const DoubleDouble product = c * q;
   const DoubleDouble remainder = s + DoubleDouble{-product.high, -product.low};
   const DoubleDouble quotient = fastTwoSum(q, remainder.high / c.high);
-  const RoundedResult result = roundedWithin(quotient, fabs(q) * (3 * kCarefulError));
+  const double relative = (sine.error / fabs(s.high) + cosine.error / fabs(c.high)) + 0x1p-98;
+  const RoundedResult result = roundedWithin(quotient, fabs(q) * relative * 0x1.01p0);
   return result.doubt == 0 ? result.value : slow::tan(x);
 }
 

@@ -76,6 +76,22 @@ void pow(const double* x, const double* y, std::size_t n, double* p);
 void pow(const double* x, double y, std::size_t n, double* p);
 void sincos(const double* x, std::size_t n, double* s, double* c);
 
+// The same for angles that ascend from 0 or more, `step` apart but for less than 2^-40 by their
+// rounding: the quicker, the smaller the step.
+struct AngleSpacing {
+  explicit AngleSpacing(double step);
+
+  // How many angles are found from one, and what the others' offsets from it and their sines and
+  // cosines are.
+  std::size_t group = 0;
+  static constexpr std::size_t kMost = 64;
+  alignas(64) double offset[kMost], sineHead[kMost], sineTail[kMost];
+  double cosine[kMost], cosineLess1[kMost];
+};
+void sin(const AngleSpacing& spacing, const double* x, std::size_t n, double* s);
+void cos(const AngleSpacing& spacing, const double* x, std::size_t n, double* c);
+void sincos(const AngleSpacing& spacing, const double* x, std::size_t n, double* s, double* c);
+
 }  // namespace fathom
 
 #endif

@@ -14,7 +14,7 @@ namespace fathom {
 namespace {
 
 // Runs are not worth their set-up below the one, and counted in 32 bits up to the other.
-constexpr std::size_t kShortRun = 32;
+constexpr std::size_t kShortRun = 8;
 constexpr double kLongRun = 0x1p30;
 
 // How many sums from `value` on certainly lie an increment apart.
@@ -42,7 +42,9 @@ double runningSum(double value, double step, std::size_t n, double* y) {
     const double increment = (value + step) - value;
     const std::size_t run = std::min(steadyRun(value, step, increment), n - i);
     if (run >= kShortRun) {
-      fillSteadyRun(value, increment, static_cast<std::int32_t>(run), y + i);
+      // Whole vectors; what is too much of them is written again.
+      const std::size_t count = std::min((run + 7) / 8 * 8, n - i);
+      fillSteadyRun(value, increment, static_cast<std::int32_t>(count), y + i);
       i += run;
       value = y[i - 1] + step;
       continue;

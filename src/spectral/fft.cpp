@@ -192,11 +192,12 @@ void transform(double* x, double* y, std::size_t n) {
   for (std::size_t span = n; span > kBlockSpan; span /= 2) {
     TwiddleStore<kTile> tile;
     const double e = kTwoPi / static_cast<double>(span);
+    const TwiddleSpacing spacing(e);
     double a = 0.0;
     for (std::size_t j = 0; j < span / 4; j += kTile) {
       a = tile.setAngles(a, e, kTile, 0);
       if (j == 0) tile.pad(0);
-      tile.evaluate(kTile, 0);
+      tile.evaluate(spacing, kTile);
       stageTile(x, y, n, span, j, tile.twiddles(), kTile);
     }
   }

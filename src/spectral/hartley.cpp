@@ -136,10 +136,11 @@ void transform(double* x, std::size_t n) {
   for (std::size_t span = n; span > kBlockSpan; span /= 2) {
     double angle[kTile], c[kTile], s[kTile];
     const double e = kTwoPi / static_cast<double>(span);
+    const AngleSpacing spacing(e);
     double a = e;
     for (std::size_t j = 0; j < span / 4; j += kTile) {
       a = runningSum(a, e, kTile, angle);
-      sincos(angle, kTile, s, c);
+      sincos(spacing, angle, kTile, s, c);
       stageTile(x, n, span / 2, j + 1, c, s);
     }
   }

@@ -191,12 +191,11 @@ using TileFunction = void (*)(double*, std::size_t, std::size_t, std::size_t, co
 void largeStage(double* x, std::size_t n, std::size_t span, TileFunction tile) {
   TwiddleStore<kTile> store;
   const double e = kTwoPi / static_cast<double>(span);
+  const TwiddleSpacing spacing(e);
   double a = e;
   for (std::size_t j = 0; j < span / 8; j += kTile) {
-    const bool last = j + kTile == span / 8;
-    a = store.setAngles(a, e, last ? kTile - 1 : kTile, 0);
-    if (last) store.pad(kTile - 1);
-    store.evaluate(kTile, 0);
+    a = store.setAngles(a, e, kTile, 0);
+    store.evaluate(spacing, kTile);
     tile(x, n, span, j + 1, store.twiddles());
   }
 }

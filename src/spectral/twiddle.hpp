@@ -18,6 +18,12 @@ struct Twiddles {
   }
 };
 
+// Of angles that lie e apart.
+struct TwiddleSpacing {
+  explicit TwiddleSpacing(double e) : first(e), third(3.0 * e) {}
+  AngleSpacing first, third;
+};
+
 // Room for a table of them, on the stack.
 template <std::size_t size>
 class TwiddleStore {
@@ -34,6 +40,11 @@ class TwiddleStore {
   void evaluate(std::size_t count, std::size_t at) {
     sincos(cos1_ + at, count, sin1_ + at, cos1_ + at);
     sincos(cos3_ + at, count, sin3_ + at, cos3_ + at);
+  }
+  // The same for angles of one spacing.
+  void evaluate(const TwiddleSpacing& spacing, std::size_t count) {
+    sincos(spacing.first, cos1_, count, sin1_, cos1_);
+    sincos(spacing.third, cos3_, count, sin3_, cos3_);
   }
   Twiddles twiddles() const { return {cos1_, sin1_, cos3_, sin3_}; }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "fathom.h"
 #include "frame/elementary.hpp"
@@ -28,22 +29,35 @@ class Running {
 };
 
 // Weights are made a tile at a time.
-constexpr std::size_t kTile = 512;
+constexpr std::size_t kTile = 256;
 
 FATHOM_MULTIVERSION void multiplyInward(double* front, double* back, std::size_t pairs,
                                         const double* weight) {
-  for (std::size_t k = 0; k < pairs; ++k) front[k] *= weight[k];
-  for (std::size_t k = 0; k < pairs; ++k) back[-static_cast<std::ptrdiff_t>(k)] *= weight[k];
+  FATHOM_INDEPENDENT
+  for (std::size_t k = 0; k < pairs; ++k) {
+    front[k] *= weight[k];
+    back[-static_cast<std::ptrdiff_t>(k)] *= weight[k];
+  }
+}
+
+// Samples in memory are on their way while their weights are made.
+void prefetch(const double* front, const double* back, std::size_t pairs) {
+  constexpr std::size_t kLine = 8;
+  for (std::size_t k = 0; k < pairs; k += kLine) {
+    __builtin_prefetch(front + k);
+    __builtin_prefetch(back - k);
+  }
 }
 
 // Multiplies front[k] and back[-k], for k = 1 ... pairs, by the weights that one call after another
 // of weights(count, tile) gives.
 template <typename Weights>
-void walkInward(double* front, double* back, int32_t pairs, Weights weights) {
+void walkInward(double* front, double* back, int32_t pairs, Weights&& weights) {
   double tile[kTile];
   std::size_t left = pairs > 0 ? static_cast<std::size_t>(pairs) : 0;
   while (left > 0) {
     const std::size_t count = std::min(left, kTile);
+    prefetch(front + 1, back - 1, count);
     weights(count, tile);
     multiplyInward(front + 1, back - 1, count, tile);
     front += count;
@@ -54,8 +68,8 @@ void walkInward(double* front, double* back, int32_t pairs, Weights weights) {
 
 // The walk over x[k] and x[n - k]: x[0] has no partner, nor has x[n / 2] of an even count.
 template <typename Weights>
-void walkSymmetric(double* x, int32_t n, Weights weights) {
-  walkInward(x, x + n, (n - 1) / 2, weights);
+void walkSymmetric(double* x, int32_t n, Weights&& weights) {
+  walkInward(x, x + n, (n - 1) / 2, std::forward<Weights>(weights));
 }
 
 FATHOM_MULTIVERSION void multiply(double* x, const double* factor, std::size_t n) {
@@ -69,15 +83,17 @@ FATHOM_MULTIVERSION void square(double* x, std::size_t n) {
 // sin(t)^2 for t = step, step + step, ...
 class SineSquared {
  public:
-  explicit SineSquared(double step) : angle_(step, step) {}
+  explicit SineSquared(double step) : angle_(step, step), spacing_(step) {}
   void operator()(std::size_t count, double* weight) {
-    angle_.next(count, weight);
-    fathom::sin(weight, count, weight);
+    double angle[kTile];
+    angle_.next(count, angle);
+    fathom::sin(spacing_, angle, count, weight);
     square(weight, count);
   }
 
  private:
   Running angle_;
+  fathom::AngleSpacing spacing_;
 };
 
 // a - b cos t + d cos^2 t, and its value at the edge as these windows are published: the rounded
@@ -101,15 +117,27 @@ FATHOM_MULTIVERSION void cosineWeights(const CosineRow& row, double* c, std::siz
   for (std::size_t i = 0; i < n; ++i) c[i] = (a - b * c[i]) + (d * c[i]) * c[i];
 }
 
+class CosineWeights {
+ public:
+  CosineWeights(const CosineRow& row, double step)
+      : row_(row), angle_(step, step), spacing_(step) {}
+  void operator()(std::size_t count, double* weight) {
+    double angle[kTile];
+    angle_.next(count, angle);
+    fathom::cos(spacing_, angle, count, weight);
+    cosineWeights(row_, weight, count);
+  }
+
+ private:
+  CosineRow row_;
+  Running angle_;
+  fathom::AngleSpacing spacing_;
+};
+
 AnalysisStatus applyRow(double* x, int32_t n, const CosineRow& row) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   x[0] *= row.edge;
-  const double step = kTwoPi / n;
-  walkSymmetric(x, n, [row, angle = Running(step, step)](std::size_t count, double* w) mutable {
-    angle.next(count, w);
-    fathom::cos(w, count, w);
-    cosineWeights(row, w, count);
-  });
+  walkSymmetric(x, n, CosineWeights(row, kTwoPi / n));
   return FATHOM_OK;
 }
 

@@ -1,5 +1,6 @@
 #include "frame/elementary.hpp"
 
+#include "frame/running_sum.hpp"
 #include "support/testing.hpp"
 
 namespace fathom::test {
@@ -81,6 +82,36 @@ TEST(Elementary, ArraysGiveTheBitsOfSingleValues) {
         f.array(x.data(), overSecond, n, overSecond);
         for (const Guarded* r : {&result, &overFirst, &overSecond}) {
           ASSERT_TRUE(SameBits(r->values(), expected) && r->intact()) << f.name << ' ' << n;
+        }
+      }
+    }
+  }
+}
+
+// They start at 0, at the step and anywhere, pass zeros of both functions, and leave the range of
+// the rotation. The transforms put another angle in the place of 0.
+TEST(Elementary, EvenlySpacedAnglesGiveTheBitsOfSingleValues) {
+  std::vector<double> steps = {0.0, 1e-300, 1e-9, 0.0128 / 4, 0.0129 / 4, 0.3, 1e300};
+  for (int n : {64, 1000, 1001, 2048, 4096, 30000, 65536}) steps.push_back(kPi / n);
+  for (double step : steps) {
+    for (std::size_t n : sizes({0, 7, 8, 63, 64, 255, 256, 257, 512, 2000})) {
+      const AngleSpacing spacing(step);
+      for (double first : {0.0, step, 1.5, 23.9, 700.0}) {
+        Values x(n);
+        runningSum(first, step, n, x.data());
+        if (first == 0.0 && n > 0) x[0] = kPi;
+        Values sine(n), cosine(n);
+        for (std::size_t i = 0; i < n; ++i) fathom::sincos(x[i], sine[i], cosine[i]);
+        Guarded s(n), c(n), pairSine(n), overSine(x), overCosine(x);
+        sin(spacing, x.data(), n, s);
+        cos(spacing, x.data(), n, c);
+        sin(spacing, overSine, n, overSine);
+        sincos(spacing, overCosine, n, pairSine, overCosine);
+        for (const Guarded* r : {&s, &pairSine, &overSine}) {
+          ASSERT_TRUE(SameBits(r->values(), sine) && r->intact()) << step << " " << first;
+        }
+        for (const Guarded* r : {&c, &overCosine}) {
+          ASSERT_TRUE(SameBits(r->values(), cosine) && r->intact()) << step << " " << first;
         }
       }
     }
