@@ -4,11 +4,11 @@
 // sine S and cosine C trigonometric_core.hpp gives. The others are A + d_j + e, where d_j = j step
 // is the same in all groups and e is what rounding has done to the angle; so
 //   sin x = S + C sin(d_j + e) + S (cos(d_j + e) - 1),
-// and sin d_j and cos d_j come from a table made once, for |d_j| <= kReach.
+// and sin d_j and cos d_j come from a table made once, for |d_j| <= d <= kReach.
 //
-// Error: the node's, kRelativeError |S|. With T = |S| (1 - cos d_j) < 2^-13.6 |S|, seven roundings
-// to 53 bits of T or of sums as large. Of the terms of C the node's error again, times d_j, and
-// five roundings of sin d_j - d_j < 2^-15.1 |d_j|. (0.42 of the bound was seen.)
+// Error: the node's, kRelativeError |S|, and with T = |S| (1 - cos d_j) < |S| d^2 / 2, eight
+// roundings to 53 bits of T or of sums as large. Of the terms of C the node's error again, times d,
+// and nine roundings of |sin d_j - d_j| < d^3 / 6. (0.75 of the bound was seen.)
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -23,13 +23,9 @@
 namespace fathom {
 namespace {
 
-// The farthest from a node.
-constexpr double kReach = 0.0128;
-// Times |S|, and times |C| and the farthest |d_j|.
-constexpr double kErrorOfFirst = 0x1.ep-64;
-constexpr double kErrorOfSecond = 0x1.2p-64;
-// Nodes are served if they, |S| and |C| are as many times the farthest |d_j|, lest S + C d_j cancel
-// or the distance to the node not be exact.
+constexpr double kReach = 0.0257;
+// Nodes are served if they, |S| and |C| are as many times d, lest S + C d_j cancel or the distance
+// to the node not be exact.
 constexpr double kDistance = 2.5;
 constexpr double kNormal = 0x1p-500;  // far from underflow
 
@@ -42,7 +38,8 @@ FATHOM_MULTIVERSION void fill(double step, AngleSpacing& spacing) {
                          static_cast<double>(static_cast<std::int64_t>(spacing.group / 2));
     const double d = place * step;
     const double square = rounded(d * d);
-    const double fifth = 0x1.1111111111111p-7 - rounded(square * 0x1.a01a01a01a01ap-13);
+    const double seventh = -0x1.a01a01a01a01ap-13 + rounded(square * 0x1.71de3a556c734p-19);
+    const double fifth = 0x1.1111111111111p-7 + rounded(square * seventh);
     const double cubic = -0x1.5555555555555p-3 + rounded(square * fifth);
     const double sixth = -0x1.6c16c16c16c17p-10 + rounded(square * 0x1.a01a01a01a01ap-16);
     const double fourth = 0x1.5555555555555p-5 + rounded(square * sixth);
@@ -56,6 +53,13 @@ FATHOM_MULTIVERSION void fill(double step, AngleSpacing& spacing) {
   }
 }
 
+// How much a result may be off, times S and times C.
+struct ErrorFactors {
+  explicit ErrorFactors(double d)
+      : first(kRelativeError + 0x1p-51 * d * d), second((kRelativeError + 0x1.8p-53 * d * d) * d) {}
+  double first, second;
+};
+
 // A sine or cosine of all nodes of a block: a part of 26 bits and a tail, their sum, and how much
 // the results may be off where this is the first.
 struct NodeValues {
@@ -67,15 +71,15 @@ struct Nodes {
 };
 
 template <typename V>
-FATHOM_INLINE void storeValues(const Sum<V>& sum, const Sum<V>& other, double farthest,
+FATHOM_INLINE void storeValues(const Sum<V>& sum, const Sum<V>& other, const ErrorFactors& factors,
                                std::size_t i, NodeValues& values) {
   const V value = sum.high + sum.low;
   const V head = leading26Bits(value);
   store(values.head + i, head);
   store(values.tail + i, (value - head) + ((sum.high - value) + sum.low));
   store(values.sum + i, value);
-  store(values.error + i, rounded(magnitude(value) * kErrorOfFirst) +
-                              rounded(magnitude(other.high) * (kErrorOfSecond * farthest)));
+  store(values.error + i, rounded(magnitude(value) * factors.first) +
+                              rounded(magnitude(other.high) * factors.second));
 }
 
 template <std::size_t bytes>
@@ -83,7 +87,7 @@ FATHOM_INLINE void findNodes(const AngleSpacing& spacing, const double* x, std::
                              Nodes& nodes) {
   using V = Lanes<bytes>;
   const std::size_t group = spacing.group;
-  const double farthest = magnitude(spacing.offset[0]);
+  const ErrorFactors factors(magnitude(spacing.offset[0]));
   for (std::size_t i = 0; i < count; ++i) nodes.angle[i] = x[i * group + group / 2];
   for (std::size_t i = count; i % kLanesOf<bytes> != 0; ++i) nodes.angle[i] = 1.0;
   for (std::size_t i = 0; i < count; i += kLanesOf<bytes>) {
@@ -100,8 +104,8 @@ FATHOM_INLINE void findNodes(const AngleSpacing& spacing, const double* x, std::
     reduce<true>(vectorAt<V>(nodes.angle + i), k - kShift, angle);
     sine(row, angle, s);
     cosine(row, angle, c);
-    storeValues(s, c, farthest, i, nodes.sine);
-    storeValues(c, s, farthest, i, nodes.cosine);
+    storeValues(s, c, factors, i, nodes.sine);
+    storeValues(c, s, factors, i, nodes.cosine);
   }
 }
 
