@@ -9,7 +9,8 @@ Each table is one function here, which returns the text of its header; HEADERS n
 import pathlib
 import sys
 
-from mpmath import (atan, chebyfit, exp, floor, log, mp, mpf, nint, pi, polyval, sin, workprec)
+from mpmath import (acos, atan, chebyfit, exp, floor, log, mp, mpf, nint, pi, polyval, sin, sqrt,
+                    workprec)
 
 DIRECTORY = pathlib.Path(__file__).resolve().parent.parent / "src" / "elementary"
 mp.prec = 4000
@@ -193,9 +194,27 @@ def trigonometric_table():
 
 
 def inverse_trigonometric_table():
-    body = row_array("kArctangent", ("atan(j / 256) for j = 0 ... 256 as a sum.",),
-                     [parts(atan(mpf(j) / 256), 53, 53) for j in range(257)])
-    return header("inverse_trigonometric_table", ("Table of atan, atan2 and acos.",), body)
+    cells = 32
+
+    def octaves(first, end):  # the centres of cells from 2^first to 2^end
+        return [mpf(2) ** exponent * (1 + mpf(i) / cells)
+                for exponent in range(first, end) for i in range(cells)] + [mpf(2) ** end]
+
+    cosines = [1 - z for z in octaves(-8, 0)]
+    body = "".join((
+        row_array("kArctangent", ("atan(j / 256) for j = 0 ... 256 as a sum.",),
+                  [parts(atan(mpf(j) / 256), 53, 53) for j in range(257)]),
+        f"\ninline constexpr std::size_t kCellsPerOctave = {cells};\n",
+        row_array("kArctangentCells",
+                  ("c from 2^-8 to 2^7, as many in each octave, and atan(c) as a sum.",),
+                  [(c, *parts(atan(c), 53, 53)) for c in octaves(-8, 7)]),
+        row_array("kArccosineCells",
+                  ("c, sqrt(1 - c^2), and acos(c) / 2 as a sum, for 1 - c from 2^-8 to 1, as many in each",
+                   "octave, and then for -c."),
+                  [(c, sqrt(1 - c**2), *parts(acos(c) / 2, 53, 53))
+                   for c in cosines + [-c for c in cosines]])))
+    return header("inverse_trigonometric_table", ("Tables of atan, atan2 and acos.",), body,
+                  '\n#include <cstddef>\n')
 
 
 # Numbers of several limbs

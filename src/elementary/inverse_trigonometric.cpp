@@ -1,4 +1,5 @@
-// atan, atan2 and acos, correctly rounded.
+// atan, atan2 and acos, correctly rounded: the fast path of atan2, which is the careful path of the
+// two others. Theirs is in fast_inverse_trigonometric.hpp.
 //
 // Reduction: with 0 <= t = small / big <= 1, the quotient of the coordinates' magnitudes, and
 // c = j / 256 the multiple of 1 / 256 nearest to t,
@@ -20,6 +21,7 @@
 
 #include "elementary/array_form.hpp"
 #include "elementary/double_double.hpp"
+#include "elementary/fast_inverse_trigonometric.hpp"
 #include "elementary/inverse_trigonometric_table.hpp"
 #include "elementary/slow.hpp"
 #include "elementary/table_rows.hpp"
@@ -38,7 +40,6 @@ constexpr double kToRow = 0x1.8p44;
 constexpr double kSmallest = 0x1p-400;
 constexpr double kLargest = 0x1p400;
 
-constexpr DoubleDouble kHalfPi = {0x1.921fb54442d18p+0, 0x1.1a62633145c07p-54};
 constexpr DoubleDouble kStraight = {2.0 * kHalfPi.high, 2.0 * kHalfPi.low};
 
 // As many rows as the bits of an index name: arguments that are not served need one, too.
@@ -171,8 +172,14 @@ RoundedResult fastAtan2(double y, double x) {
   return {withSignOf(y, value), doubt | outsideRange(yMagnitude, xMagnitude)};
 }
 
+// The careful paths stay out of line, where they cost the fast ones no registers.
+[[gnu::noinline]] double carefulAtan(double x) {
+  const RoundedResult result = fastAtan2(x, 1.0);
+  return result.doubt == 0 ? result.value : slow::atan(x);
+}
+
 // The angle of (x, sqrt(1 - x^2)).
-RoundedResult fastAcos(double x) {
+[[gnu::noinline]] double carefulAcos(double x) {
   const DoubleDouble square = fastTwoSum(1.0, -x) * fastTwoSum(1.0, x);
   const double root = sqrt(square.high);
   const DoubleDouble rootSquare = twoProduct(root, root);
@@ -186,7 +193,7 @@ RoundedResult fastAcos(double x) {
   double value;
   const std::uint64_t doubt = roundedAngle<true>(point, x, &shifted, value);
   // Beyond 1 the root is NaN.
-  return {value, doubt | outsideBits(x, 0x1.fffffffffffffp-1)};
+  return (doubt | outsideBits(x, 0x1.fffffffffffffp-1)) == 0 ? value : slow::acos(x);
 }
 
 // A block of the array form. First the ratios, so that the rows' indices come from memory.
@@ -241,13 +248,13 @@ double atan2(double y, double x) {
 }
 
 double atan(double x) {
-  const RoundedResult result = fastAtan2(x, 1.0);
-  return result.doubt == 0 ? result.value : slow::atan(x);
+  const RoundedResult result = fastAtan(magnitude(x));
+  return result.doubt == 0 ? withSignOf(x, result.value) : carefulAtan(x);
 }
 
 double acos(double x) {
   const RoundedResult result = fastAcos(x);
-  return result.doubt == 0 ? result.value : slow::acos(x);
+  return result.doubt == 0 ? result.value : carefulAcos(x);
 }
 
 void atan2(const double* y, const double* x, std::size_t n, double* angle) {
