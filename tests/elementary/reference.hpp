@@ -73,18 +73,36 @@ inline Arguments drawAngle(Random& random) {
   }
 }
 
+// Beside the points and the borders of cells in octaves of a table.
+inline double drawCell(Random& random, int first, int last) {
+  return random.near(std::ldexp(random.integer(64, 127), random.integer(first, last) - 6), 30);
+}
+
 inline Arguments drawSlope(Random& random) {
-  return {random.integer(0, 3) == 0 ? random.anything() : random.scaled(-32, 55), 0.0};
+  switch (random.integer(0, 4)) {
+    case 0:
+      return {random.anything(), 0.0};
+    case 1: {
+      const double slope = drawCell(random, -28, 7);
+      return {random.coin() ? slope : -slope, 0.0};
+    }
+    default:
+      return {random.scaled(-32, 55), 0.0};
+  }
 }
 
 inline Arguments drawCosine(Random& random) {
-  switch (random.integer(0, 3)) {
+  switch (random.integer(0, 4)) {
     case 0:
       return {random.scaled(-1074, 0), 0.0};
     case 1:
       return {random.near(random.coin() ? 1.0 : -1.0, 30), 0.0};
     case 2:
       return {random.scaled(-60, -1), 0.0};
+    case 3: {
+      const double cosine = 1.0 - drawCell(random, -9, -1);
+      return {random.coin() ? cosine : -cosine, 0.0};
+    }
     default:
       return {random.uniform(-1.0, 1.0), 0.0};
   }
