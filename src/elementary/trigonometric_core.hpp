@@ -69,7 +69,8 @@ inline constexpr double kNearRange = 24.0;
 
 // How much r may be off, through the last part of pi / 256, its product with k, and the last
 // difference: k 2^-122 < |x| 2^-115, and in the near range k 2^-143. Angles are often the doubles
-// next to multiples of pi / 2, where that must be little beside r.
+// next to multiples of pi / 2, where that must be little beside r. (Where r is so small that the
+// difference with its leading bits is not exact, below 2^-70 |x|, this bound puts it in doubt.)
 template <bool near, typename V>
 FATHOM_INLINE V angleError(const V& x) {
   if constexpr (near) {
