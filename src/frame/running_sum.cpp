@@ -14,7 +14,7 @@ namespace fathom {
 namespace {
 
 // Runs are not worth their set-up below the one, and counted in 32 bits up to the other.
-constexpr std::size_t kShortRun = 8;
+constexpr std::size_t kShortRun = 32;
 constexpr double kLongRun = 0x1p30;
 
 // How many sums from `value` on certainly lie an increment apart.
