@@ -6,9 +6,11 @@
 //   sin x = S + C sin(d_j + e) + S (cos(d_j + e) - 1),
 // and sin d_j and cos d_j come from a table made once, for |d_j| <= d <= kReach.
 //
-// Error: the node's, kRelativeError |S|, and with T = |S| (1 - cos d_j) < |S| d^2 / 2, eight
-// roundings to 53 bits of T or of sums as large. Of the terms of C the node's error again, times d,
-// and nine roundings of |sin d_j - d_j| < d^3 / 6. (0.75 of the bound was seen.)
+// Error: the node's, kRelativeError |S|; with T = |S| (1 - cos d_j) < |S| d^2 / 2, eight roundings
+// to 53 bits of T or of sums as large; and e (sin d_j - d_j) S, which is left out, with e < 2^-46.
+// Of the terms of C the node's error again, times d, and ten roundings of |sin d_j - d_j| < d^3
+// / 6. What the node's angle, the tails and e^2 add is below 2^-75 |S|, which the first leaves room
+// for. (0.75 of the bound was seen.)
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -25,9 +27,12 @@ namespace {
 
 constexpr double kReach = 0.0257;
 // Nodes are served if they, |S| and |C| are as many times d, lest S + C d_j cancel or the distance
-// to the node not be exact.
+// to the node not be exact. So the first group from 0 is not served, whatever stands in it.
 constexpr double kDistance = 2.5;
-constexpr double kNormal = 0x1p-500;  // far from underflow
+static_assert(kDistance > 2.0);
+// And if they are far above what the rounding of angles does, and up to where that is below 2^-46.
+constexpr double kLeast = 0x1p-20;
+constexpr double kMostAngle = 8.0;
 
 constexpr std::size_t kLeastGroup = kWidestLanes;
 constexpr std::size_t kMostNodes = kElementaryBlock / kLeastGroup;
@@ -56,7 +61,8 @@ FATHOM_MULTIVERSION void fill(double step, AngleSpacing& spacing) {
 // How much a result may be off, times S and times C.
 struct ErrorFactors {
   explicit ErrorFactors(double d)
-      : first(kRelativeError + 0x1p-51 * d * d), second((kRelativeError + 0x1.8p-53 * d * d) * d) {}
+      : first(kRelativeError + (0x1p-51 + 0x1p-48 * d) * d * d),
+        second((kRelativeError + 0x1.bp-53 * d * d) * d) {}
   double first, second;
 };
 
@@ -225,10 +231,10 @@ void evaluate(const AngleSpacing& spacing, const double* x, std::size_t n, doubl
   alignas(64) double copy[kElementaryBlock];
   alignas(64) std::uint64_t doubts[kElementaryBlock];
   Nodes nodes;
-  const double least = kDistance * magnitude(spacing.offset[0]) + kNormal;
+  const double least = kDistance * magnitude(spacing.offset[0]) + kLeast;
   const auto isServed = [&](std::size_t i) {
     const double a = nodes.angle[i];
-    return a > least && a <= kNearRange && (s == nullptr || magnitude(nodes.sine.sum[i]) > least) &&
+    return a > least && a <= kMostAngle && (s == nullptr || magnitude(nodes.sine.sum[i]) > least) &&
            (c == nullptr || magnitude(nodes.cosine.sum[i]) > least);
   };
   const auto from = [](double* y, std::size_t i) { return y == nullptr ? nullptr : y + i; };
@@ -264,7 +270,8 @@ void evaluate(const AngleSpacing& spacing, const double* x, std::size_t n, doubl
 
 AngleSpacing::AngleSpacing(double step) {
   for (std::size_t size = kLeastGroup; size <= kMost; size *= 2) {
-    if (step * static_cast<double>(static_cast<std::int64_t>(size / 2)) > kReach) break;
+    const double reach = magnitude(step) * static_cast<double>(static_cast<std::int64_t>(size / 2));
+    if (!(reach <= kReach)) break;
     group = size;
   }
   fill(step, *this);

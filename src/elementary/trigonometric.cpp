@@ -2,7 +2,7 @@
 //
 // The reduction and its rotation are those of trigonometric_core.hpp; tan is a quotient of two such
 // sums. The same lines serve one double and a vector of them. The few results whose rounding they
-// leave in doubt are found again in double-double arithmetic, and where that does not settle it by
+// leave in doubt are found again with one more term exact, and where that does not settle it by
 // slow::.
 #include <algorithm>
 #include <bit>
@@ -150,7 +150,7 @@ FATHOM_INLINE bool evaluateScalar(double x, double& value, double& second) {
 }
 
 // What the fast path leaves in doubt: the same rotation, with one more term of it exact and what is
-// left below 2^-24 of the result.
+// left below 2^-24 of S and C.
 
 // Below it, sin x and tan x round to x, and cos x to 1: what is missing of x is below 2^-55 x.
 constexpr double kTiny = 0x1p-27;
@@ -203,8 +203,9 @@ struct CarefulSum {
 
 // The sine `quarters` quarter turns ahead: S + C h - S h^2 / 2, exact as high and what it lost, and
 //   C (l + sin r - r) + S (cos r - 1 + h^2 / 2)
-// with r = h + l. Error: of the term of C, below 2^-24.6, at most 14 roundings to 53 bits; of all
-// others, which are below 2^-26 |S|, and of l, less than 2^-76 of the result.
+// with r = h + l. Error: of the term of C, below 2^-24.4, at most 14 roundings to 53 bits, and
+// 2^-76 of the result where its two parts cancel, which they do for S = 0 alone; of all others,
+// which are below 2^-25 |S|, and of l, less than 2^-76 of the result.
 CarefulSum carefulSine(const CarefulAngle& angle, std::size_t quarters) {
   const double* row = kSineTable.row[(angle.row + quarters * kQuarter) % kSineRows];
   const double s = row[0], sTail = row[1], c = row[2], cTail = row[3];
@@ -233,7 +234,7 @@ CarefulSum carefulSine(const CarefulAngle& angle, std::size_t quarters) {
   const double low = (lost + (ofTails + ofSine)) + (sTail + ofCosine);
   return {
       high, low,
-      (rounded(magnitude(high) * 0x1p-76) + rounded(magnitude(ofCosine) * 0x1p-49)) + angle.error};
+      (rounded(magnitude(high) * 0x1p-75) + rounded(magnitude(ofCosine) * 0x1p-49)) + angle.error};
 }
 
 double roundedSine(double x, const CarefulAngle& angle, std::size_t quarters,

@@ -1,7 +1,7 @@
 // Sine and cosine as a table's row and a rotation by a small angle, for sin, cos, sincos and tan.
 //
-// Reduction: x = k pi / 256 + r with |r| < pi / 512 (1 + 2^-18). With the sine S and cosine C of
-// k pi / 256 from a table,
+// Reduction: x = k pi / 256 + r with |r| < pi / 512 (1 + 2^-18), for |x| to 2^26. With the sine S
+// and cosine C of k pi / 256 from a table,
 //   sin x = S + C r + (C (sin r - r) + S (cos r - 1));
 // the row k + 128, a quarter turn on, gives cos x. r = high + low, where high has 26 bits; so have
 // the leading parts of S and C, hence S + C high is exact as a sum of two doubles. What is left is
@@ -69,8 +69,9 @@ inline constexpr double kNearRange = 24.0;
 
 // How much r may be off, through the last part of pi / 256, its product with k, and the last
 // difference: k 2^-122 < |x| 2^-115, and in the near range k 2^-143. Angles are often the doubles
-// next to multiples of pi / 2, where that must be little beside r. (Where r is so small that the
-// difference with its leading bits is not exact, below 2^-70 |x|, this bound puts it in doubt.)
+// next to multiples of pi / 2, where that must be little beside r. (Where |r| < 2^-70 |x|, so small
+// that the difference with its leading bits is not exact, this bound puts the result in doubt. In
+// the near range no double but 0 comes closer to a multiple than 2^-54.)
 template <bool near, typename V>
 FATHOM_INLINE V angleError(const V& x) {
   if constexpr (near) {

@@ -76,14 +76,15 @@ void pow(const double* x, const double* y, std::size_t n, double* p);
 void pow(const double* x, double y, std::size_t n, double* p);
 void sincos(const double* x, std::size_t n, double* s, double* c);
 
-// The same for angles that ascend from 0 or more, `step` apart but for less than 2^-40 by their
-// rounding: the quicker, the smaller the step.
+// The same for angles that ascend from 0 or more, each the rounded sum of the one before and
+// `step`, or three times such a sum: the quicker, the smaller the step. An angle in the place of 0
+// may be any.
 struct AngleSpacing {
   explicit AngleSpacing(double step);
 
-  // How many angles are found from one, and what the others' offsets from it and their sines and
-  // cosines are.
+  // How many angles are found from the one in their middle. None if 0, and what follows is not set.
   std::size_t group = 0;
+  // What the others' offsets from it and their sines and cosines are.
   static constexpr std::size_t kMost = 64;
   alignas(64) double offset[kMost], sineHead[kMost], sineTail[kMost];
   double cosine[kMost], cosineLess1[kMost];

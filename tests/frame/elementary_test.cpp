@@ -1,5 +1,7 @@
 #include "frame/elementary.hpp"
 
+#include <cmath>
+
 #include "frame/running_sum.hpp"
 #include "support/testing.hpp"
 
@@ -88,15 +90,17 @@ TEST(Elementary, ArraysGiveTheBitsOfSingleValues) {
   }
 }
 
-// They start at 0, at the step and anywhere, pass zeros of both functions, and leave the range of
-// the rotation. The transforms put another angle in the place of 0.
+// They start at 0, at the step and anywhere, pass zeros of both functions, with steps down to those
+// of the angles themselves, and leave the range of the rotation. The transforms put another angle
+// in the place of 0.
 TEST(Elementary, EvenlySpacedAnglesGiveTheBitsOfSingleValues) {
   std::vector<double> steps = {0.0, 1e-300, 1e-9, 0.0128 / 4, 0.0129 / 4, 0.3, 1e300};
   for (int n : {64, 1000, 1001, 2048, 4096, 30000, 65536}) steps.push_back(kPi / n);
+  for (int power = -54; power < -30; power += 3) steps.push_back(1.3 * std::ldexp(1.0, power));
   for (double step : steps) {
     for (std::size_t n : sizes({0, 7, 8, 63, 64, 255, 256, 257, 512, 2000})) {
       const AngleSpacing spacing(step);
-      for (double first : {0.0, step, 1.5, 23.9, 700.0}) {
+      for (double first : {0.0, step, 1.5, 7.9, 700.0, kPi - 300 * step, 1.5 * kPi - 1000 * step}) {
         Values x(n);
         runningSum(first, step, n, x.data());
         if (first == 0.0 && n > 0) x[0] = kPi;
