@@ -8,9 +8,9 @@
 //
 // Error: the node's, kRelativeError |S|; with T = |S| (1 - cos d_j) < |S| d^2 / 2, eight roundings
 // to 53 bits of T or of sums as large; and e (sin d_j - d_j) S, which is left out, with e < 2^-46.
-// Of the terms of C the node's error again, times d, and ten roundings of |sin d_j - d_j| < d^3
-// / 6. What the node's angle, the tails and e^2 add is below 2^-75 |S|, which the first leaves room
-// for. (0.75 of the bound was seen.)
+// Of the terms of C the node's error again, times d, and ten roundings of the cube of d_j, over 6.
+// What the node's angle, the tails and e^2 add is below 2^-75 |S|, which the first leaves room for.
+// (0.43 of the bound was seen.)
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
