@@ -43,11 +43,8 @@ FATHOM_MULTIVERSION void fill(double step, AngleSpacing& spacing) {
                          static_cast<double>(static_cast<std::int64_t>(spacing.group / 2));
     const double d = place * step;
     const double square = rounded(d * d);
-    const double seventh = -0x1.a01a01a01a01ap-13 + rounded(square * 0x1.71de3a556c734p-19);
-    const double fifth = 0x1.1111111111111p-7 + rounded(square * seventh);
-    const double cubic = -0x1.5555555555555p-3 + rounded(square * fifth);
-    const double sixth = -0x1.6c16c16c16c17p-10 + rounded(square * 0x1.a01a01a01a01ap-16);
-    const double fourth = 0x1.5555555555555p-5 + rounded(square * sixth);
+    double cubic, fourth;
+    longSeries(square, cubic, fourth);
     const double less1 = rounded(square * (-0.5 + rounded(square * fourth)));
     const double head = leading26Bits(d);
     spacing.offset[j] = d;
@@ -133,15 +130,10 @@ FATHOM_INLINE void broadcast(const NodeValues& values, std::size_t i, NodeValue<
 template <bool minus, typename V>
 FATHOM_INLINE Bits<V> rotateNode(const NodeValue<V>& first, const NodeValue<V>& second,
                                  const Angle<V>& angle, V& value) {
-  const V lead = rounded(second.head * angle.high);
-  const V high = minus ? first.head - lead : first.head + lead;
-  const V gone = first.head - high;
-  const V lost = (minus ? gone - lead : gone + lead) + first.tail;
-  const V cross = rounded(second.tail * angle.high);
-  const V rest = rounded(second.sum * angle.sine);
-  const V small = minus ? (lost - cross) - rest : (lost + cross) + rest;
-  const V low = small + rounded(first.sum * angle.cosine);
-  return roundWithin<V>(high, low, first.error, value);
+  Sum<V> sum;
+  rotate<minus>(first.head, first.tail, first.sum, second.head, second.tail, second.sum, angle,
+                sum);
+  return roundWithin<V>(sum.high, sum.low, first.error, value);
 }
 
 template <std::size_t bytes, bool wantSine, bool wantCosine>

@@ -221,11 +221,8 @@ CarefulSum carefulSine(const CarefulAngle& angle, std::size_t quarters) {
 
   const double r = h + l;
   const double square = rounded(r * r);
-  const double seventh = -0x1.a01a01a01a01ap-13 + rounded(square * 0x1.71de3a556c734p-19);
-  const double fifth = 0x1.1111111111111p-7 + rounded(square * seventh);
-  const double cubic = -0x1.5555555555555p-3 + rounded(square * fifth);
-  const double sixth = -0x1.6c16c16c16c17p-10 + rounded(square * 0x1.a01a01a01a01ap-16);
-  const double fourth = 0x1.5555555555555p-5 + rounded(square * sixth);
+  double cubic, fourth;
+  longSeries(square, cubic, fourth);
 
   const double ofCosine = rounded((c + cTail) * (l + rounded(rounded(r * square) * cubic)));
   const double even = rounded(rounded(square * square) * fourth) - rounded(l * (h + 0.5 * l));
