@@ -6,16 +6,17 @@
 //   sin x = S + C sin(d_j + e) + S (cos(d_j + e) - 1),
 // and sin d_j and cos d_j come from a table made once, for |d_j| <= d <= kReach.
 //
-// Error: the node's, kRelativeError |S|; with T = |S| (1 - cos d_j) < |S| d^2 / 2, eight roundings
-// to 53 bits of T or of sums as large; and e (sin d_j - d_j) S, which is left out, with e < 2^-46.
-// Of the terms of C the node's error again, times d, and ten roundings of the cube of d_j, over 6.
-// What the node's angle, the tails and e^2 add is below 2^-75 |S|, which the first leaves room for.
-// (0.43 of the bound was seen.)
+// Error: the node's, kRelativeError |S|; with T = |S| (1 - cos d_j) < |S| d_j^2 / 2, eight
+// roundings to 53 bits of T or of sums as large; and e (sin d_j - d_j) S, which is left out, with e
+// < 2^-46. Of the terms of C the node's error again, times d_j, and ten roundings of the cube of
+// d_j, over 6. What the node's angle, the tails and e^2 add is below 2^-75 |S|, which the first
+// leaves room for. (0.45 of the bound was seen.)
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
 #include "elementary/array_form.hpp"
+#include "elementary/careful.hpp"
 #include "elementary/trigonometric_core.hpp"
 #include "elementary/vector.hpp"
 #include "frame/elementary.hpp"
@@ -37,10 +38,20 @@ constexpr double kMostAngle = 8.0;
 constexpr std::size_t kLeastGroup = kWidestLanes;
 constexpr std::size_t kMostNodes = kElementaryBlock / kLeastGroup;
 
+// How much a result may be off, times S and times C, at offsets up to d.
+struct ErrorFactors {
+  explicit ErrorFactors(double d)
+      : first(kRelativeError + (0x1p-51 + 0x1p-48 * d) * d * d),
+        second((kRelativeError + 0x1.bp-53 * d * d) * d) {}
+  double first, second;
+};
+
 FATHOM_MULTIVERSION void fill(double step, AngleSpacing& spacing) {
+  const auto middle = static_cast<double>(static_cast<std::int64_t>(spacing.group / 2));
+  const ErrorFactors most(magnitude(step) * middle);
+  const double perFirst = 1.0 / most.first, perSecond = 1.0 / most.second;
   for (std::size_t j = 0; j < spacing.group; ++j) {
-    const double place = static_cast<double>(static_cast<std::int64_t>(j)) -
-                         static_cast<double>(static_cast<std::int64_t>(spacing.group / 2));
+    const double place = static_cast<double>(static_cast<std::int64_t>(j)) - middle;
     const double d = place * step;
     const double square = rounded(d * d);
     double cubic, fourth;
@@ -52,26 +63,29 @@ FATHOM_MULTIVERSION void fill(double step, AngleSpacing& spacing) {
     spacing.sineTail[j] = (d - head) + rounded(rounded(d * square) * cubic);
     spacing.cosine[j] = 1.0 + less1;
     spacing.cosineLess1[j] = less1;
+    const ErrorFactors here(magnitude(d));
+    spacing.errorShare[j] = larger(here.second * perSecond, here.first * perFirst);
   }
 }
 
-// How much a result may be off, times S and times C.
-struct ErrorFactors {
-  explicit ErrorFactors(double d)
-      : first(kRelativeError + (0x1p-51 + 0x1p-48 * d) * d * d),
-        second((kRelativeError + 0x1.bp-53 * d * d) * d) {}
-  double first, second;
-};
-
 // A sine or cosine of all nodes of a block: a part of 26 bits and a tail, their sum, and how much
-// the results may be off where this is the first.
+// the results farthest from the node may be off where this is the first. Nearer ones have a share.
 struct NodeValues {
   alignas(64) double head[kMostNodes], tail[kMostNodes], sum[kMostNodes], error[kMostNodes];
 };
 struct Nodes {
+  std::size_t count;
   alignas(64) double angle[kMostNodes], turns[kMostNodes];
   NodeValues sine, cosine;
+  // Not 0 where the rotation does not serve.
+  alignas(64) std::uint64_t unserved[kMostNodes];
 };
+
+// Where group i of n angles begins. The last one ends with them, if need be by beginning within the
+// one before.
+std::size_t groupStart(std::size_t i, std::size_t group, std::size_t n) {
+  return std::min(i * group, n - group);
+}
 
 template <typename V>
 FATHOM_INLINE void storeValues(const Sum<V>& sum, const Sum<V>& other, const ErrorFactors& factors,
@@ -85,31 +99,46 @@ FATHOM_INLINE void storeValues(const Sum<V>& sum, const Sum<V>& other, const Err
                               rounded(magnitude(other.high) * factors.second));
 }
 
-template <std::size_t bytes>
-FATHOM_INLINE void findNodes(const AngleSpacing& spacing, const double* x, std::size_t count,
+// Whether the rotation serves all groups.
+template <std::size_t bytes, bool wantSine, bool wantCosine>
+FATHOM_INLINE bool findNodes(const AngleSpacing& spacing, const double* x, std::size_t n,
                              Nodes& nodes) {
   using V = Lanes<bytes>;
   const std::size_t group = spacing.group;
-  const ErrorFactors factors(magnitude(spacing.offset[0]));
-  for (std::size_t i = 0; i < count; ++i) nodes.angle[i] = x[i * group + group / 2];
+  const double d = magnitude(spacing.offset[0]);
+  const ErrorFactors factors(d);
+  const auto least = inAllLanes<V>(kDistance * d + kLeast), most = inAllLanes<V>(kMostAngle);
+  std::size_t count = 0;
+  for (; count * group < n; ++count) {
+    nodes.angle[count] = x[groupStart(count, group, n) + group / 2];
+  }
+  nodes.count = count;
   for (std::size_t i = count; i % kLanesOf<bytes> != 0; ++i) nodes.angle[i] = 1.0;
   for (std::size_t i = 0; i < count; i += kLanesOf<bytes>) {
     const auto a = vectorAt<V>(nodes.angle + i);
     store(nodes.turns + i, rounded(a * kStepsPerRadian) + kShift);
   }
+  Bits<V> anyUnserved{};
   for (std::size_t i = 0; i < count; i += kLanesOf<bytes>) {
+    const auto a = vectorAt<V>(nodes.angle + i);
     V k;
     load(k, nodes.turns + i);
     SineRows<V> row;
     Angle<V> angle;
     Sum<V> s, c;
     loadRows(nodes.turns + i, row);
-    reduce<true>(vectorAt<V>(nodes.angle + i), k - kShift, angle);
+    reduce<true>(a, k - kShift, angle);
     sine(row, angle, s);
     cosine(row, angle, c);
     storeValues(s, c, factors, i, nodes.sine);
     storeValues(c, s, factors, i, nodes.cosine);
+    Bits<V> served = bitsWhereLess<V>(least, a) & bitsWhereLess<V>(a, most);
+    if constexpr (wantSine) served &= bitsWhereLess<V>(least, magnitude(s.high));
+    if constexpr (wantCosine) served &= bitsWhereLess<V>(least, magnitude(c.high));
+    storeBits(nodes.unserved + i, ~served);
+    anyUnserved |= ~served;
   }
+  return !anyBits(anyUnserved);
 }
 
 // Of one node, in every lane: in registers, as the compiler could not tell what is stored
@@ -119,21 +148,19 @@ struct NodeValue {
   V head, tail, sum, error;
 };
 template <typename V>
-FATHOM_INLINE void broadcast(const NodeValues& values, std::size_t i, NodeValue<V>& node) {
-  node.head = V{} + values.head[i];
-  node.tail = V{} + values.tail[i];
-  node.sum = V{} + values.sum[i];
-  node.error = V{} + values.error[i];
+FATHOM_INLINE NodeValue<V> broadcast(const NodeValues& values, std::size_t i) {
+  return {inAllLanes<V>(values.head[i]), inAllLanes<V>(values.tail[i]),
+          inAllLanes<V>(values.sum[i]), inAllLanes<V>(values.error[i])};
 }
 
 // first cos r + second sin r, or the difference.
 template <bool minus, typename V>
 FATHOM_INLINE Bits<V> rotateNode(const NodeValue<V>& first, const NodeValue<V>& second,
-                                 const Angle<V>& angle, V& value) {
+                                 const Angle<V>& angle, const V& errorShare, V& value) {
   Sum<V> sum;
   rotate<minus>(first.head, first.tail, first.sum, second.head, second.tail, second.sum, angle,
                 sum);
-  return roundWithin<V>(sum.high, sum.low, first.error, value);
+  return roundWithin<V>(sum.high, sum.low, rounded(first.error * errorShare), value);
 }
 
 template <std::size_t bytes, bool wantSine, bool wantCosine>
@@ -142,11 +169,11 @@ FATHOM_INLINE bool rotateGroups(const AngleSpacing& spacing, const Nodes& nodes,
   using V = Lanes<bytes>;
   const std::size_t group = spacing.group;
   Bits<V> any{};
-  for (std::size_t start = 0, i = 0; start < n; start += group, ++i) {
-    const V node = V{} + nodes.angle[i];
-    NodeValue<V> sine, cosine;
-    broadcast(nodes.sine, i, sine);
-    broadcast(nodes.cosine, i, cosine);
+  for (std::size_t i = 0, count = nodes.count; i < count; ++i) {
+    if (nodes.unserved[i] != 0) continue;
+    const std::size_t start = groupStart(i, group, n);
+    const auto node = inAllLanes<V>(nodes.angle[i]);
+    const NodeValue<V> sine = broadcast<V>(nodes.sine, i), cosine = broadcast<V>(nodes.cosine, i);
     for (std::size_t j = 0; j < group; j += kLanesOf<bytes>) {
       const std::size_t at = start + j;
       const V offset = vectorAt<V>(x + at) - node;  // exact
@@ -156,14 +183,15 @@ FATHOM_INLINE bool rotateGroups(const AngleSpacing& spacing, const Nodes& nodes,
       angle.sine =
           vectorAt<V>(spacing.sineTail + j) + rounded(rest * vectorAt<V>(spacing.cosine + j));
       angle.cosine = vectorAt<V>(spacing.cosineLess1 + j) - rounded(rest * angle.high);
+      const auto errorShare = vectorAt<V>(spacing.errorShare + j);
       Bits<V> doubt{};
       V value;
       if constexpr (wantSine) {
-        doubt = rotateNode<false>(sine, cosine, angle, value);
+        doubt = rotateNode<false>(sine, cosine, angle, errorShare, value);
         store(s + at, value);
       }
       if constexpr (wantCosine) {
-        doubt |= rotateNode<true>(cosine, sine, angle, value);
+        doubt |= rotateNode<true>(cosine, sine, angle, errorShare, value);
         store(c + at, value);
       }
       storeBits(doubts + at, doubt);
@@ -173,26 +201,69 @@ FATHOM_INLINE bool rotateGroups(const AngleSpacing& spacing, const Nodes& nodes,
   return anyBits(any);
 }
 
-// A block of whole groups. What is not wanted, s or c, is null.
+// What the rotation leaves of a block.
+struct Left {
+  bool groups, doubts;
+};
+
+template <std::size_t bytes, bool wantSine, bool wantCosine>
+FATHOM_INLINE void evenBlock(const AngleSpacing& spacing, const double* x, std::size_t n,
+                             Nodes& nodes, double* s, double* c, std::uint64_t* doubts,
+                             Left& left) {
+  left.groups = !findNodes<bytes, wantSine, wantCosine>(spacing, x, n, nodes);
+  left.doubts = rotateGroups<bytes, wantSine, wantCosine>(spacing, nodes, x, n, s, c, doubts);
+}
+
+// A block of at least one group. What is not wanted, s or c, is null.
 template <std::size_t bytes>
 FATHOM_INLINE void evenBlockOf(const AngleSpacing& spacing, const double* x, std::size_t n,
                                Nodes& nodes, double* s, double* c, std::uint64_t* doubts,
-                               bool& anyDoubt) {
-  findNodes<bytes>(spacing, x, n / spacing.group, nodes);
+                               Left& left) {
   if (c == nullptr) {
-    anyDoubt = rotateGroups<bytes, true, false>(spacing, nodes, x, n, s, c, doubts);
+    evenBlock<bytes, true, false>(spacing, x, n, nodes, s, c, doubts, left);
   } else if (s == nullptr) {
-    anyDoubt = rotateGroups<bytes, false, true>(spacing, nodes, x, n, s, c, doubts);
+    evenBlock<bytes, false, true>(spacing, x, n, nodes, s, c, doubts, left);
   } else {
-    anyDoubt = rotateGroups<bytes, true, true>(spacing, nodes, x, n, s, c, doubts);
+    evenBlock<bytes, true, true>(spacing, x, n, nodes, s, c, doubts, left);
   }
 }
 FATHOM_BY_WIDTH(evenBlock,
                 (const AngleSpacing& spacing, const double* x, std::size_t n, Nodes& nodes,
-                 double* s, double* c, std::uint64_t* doubts, bool& anyDoubt),
-                (spacing, x, n, nodes, s, c, doubts, anyDoubt))
+                 double* s, double* c, std::uint64_t* doubts, Left& left),
+                (spacing, x, n, nodes, s, c, doubts, left))
 
-// The functions of any angles, for an array and for one.
+// Sines of the group that begins at 0 or next to it, as x + x^3 P(x^2). Error: of x^3 / 6, five
+// roundings to 53 bits and that of 1 / 6; the series leaves out less than 2^-59 x^3. (0.56 of the
+// bound was seen.) Other angles are put in doubt, and 0, whose sign would be lost.
+constexpr double kLeastSmall = 0x1p-300;
+constexpr double kMostSmall = 0.053;
+static_assert(kMostSmall > 2.0 * kReach);
+
+template <std::size_t bytes>
+FATHOM_INLINE void smallSinesOf(const double* x, std::size_t n, double* s, std::uint64_t* doubts,
+                                bool& anyDoubt) {
+  using V = Lanes<bytes>;
+  const auto least = inAllLanes<V>(kLeastSmall), most = inAllLanes<V>(kMostSmall);
+  Bits<V> any{};
+  for (std::size_t i = 0; i < n; i += kLanesOf<bytes>) {
+    const auto angle = vectorAt<V>(x + i);
+    const V square = rounded(angle * angle);
+    const V cube = rounded(angle * square);
+    V cubic, fourth, value;
+    longSeries(square, cubic, fourth);
+    Bits<V> doubt = roundWithin<V>(angle, rounded(cube * cubic), rounded(cube * 0x1.1p-53), value);
+    doubt |= ~(bitsWhereLess<V>(least, angle) & bitsWhereLess<V>(angle, most));
+    store(s + i, value);
+    storeBits(doubts + i, doubt);
+    any |= doubt;
+  }
+  anyDoubt |= anyBits(any);
+}
+FATHOM_BY_WIDTH(smallSines,
+                (const double* x, std::size_t n, double* s, std::uint64_t* doubts, bool& anyDoubt),
+                (x, n, s, doubts, anyDoubt))
+
+// The functions of any angles, for an array, and of one angle in doubt.
 void evaluateAny(const double* x, std::size_t n, double* s, double* c) {
   if (c == nullptr) {
     sin(x, n, s);
@@ -202,60 +273,64 @@ void evaluateAny(const double* x, std::size_t n, double* s, double* c) {
     sincos(x, n, s, c);
   }
 }
-void evaluateAny(double x, double* s, double* c) {
+void evaluateCarefully(double x, double* s, double* c) {
   if (c == nullptr) {
-    *s = sin(x);
+    *s = careful::sin(x);
   } else if (s == nullptr) {
-    *c = cos(x);
+    *c = careful::cos(x);
   } else {
-    sincos(x, *s, *c);
+    careful::sincos(x, *s, *c);
   }
 }
 
-// Groups that the rotation does not serve are found as any angles are, and so is what is left over.
+double* from(double* y, std::size_t i) {
+  return y == nullptr ? nullptr : y + i;
+}
+
+void evaluateUnserved(const Nodes& nodes, std::size_t group, const double* x, std::size_t n,
+                      double* s, double* c, std::uint64_t* doubts, bool& anyDoubt) {
+  for (std::size_t i = 0; i < nodes.count; ++i) {
+    if (nodes.unserved[i] == 0) continue;
+    const std::size_t at = groupStart(i, group, n);
+    if (c == nullptr && x[at + group - 1] < kMostSmall) {
+      smallSines(x + at, group, s + at, doubts + at, anyDoubt);
+    } else {
+      evaluateAny(x + at, group, from(s, at), from(c, at));
+      std::fill_n(doubts + at, group, 0);
+    }
+  }
+}
+
+// What is less than a group is found as any angles are.
 void evaluate(const AngleSpacing& spacing, const double* x, std::size_t n, double* s, double* c) {
   const std::size_t group = spacing.group;
-  if (group == 0) {
-    evaluateAny(x, n, s, c);
-    return;
-  }
-  const std::size_t whole = n - n % group;
   alignas(64) double copy[kElementaryBlock];
   alignas(64) std::uint64_t doubts[kElementaryBlock];
   Nodes nodes;
-  const double least = kDistance * magnitude(spacing.offset[0]) + kLeast;
-  const auto isServed = [&](std::size_t i) {
-    const double a = nodes.angle[i];
-    return a > least && a <= kMostAngle && (s == nullptr || magnitude(nodes.sine.sum[i]) > least) &&
-           (c == nullptr || magnitude(nodes.cosine.sum[i]) > least);
-  };
-  const auto from = [](double* y, std::size_t i) { return y == nullptr ? nullptr : y + i; };
-  for (std::size_t start = 0; start < whole; start += kElementaryBlock) {
-    const std::size_t count = std::min(kElementaryBlock, whole - start);
+  for (std::size_t start = 0; start < n; start += kElementaryBlock) {
+    const std::size_t count = std::min(kElementaryBlock, n - start);
     const double* angles = x + start;
+    double* const sines = from(s, start);
+    double* const cosines = from(c, start);
+    if (group == 0 || count < group) {
+      evaluateAny(angles, count, sines, cosines);
+      continue;
+    }
     if (x == s || x == c) {
       std::copy_n(angles, count, copy);
       angles = copy;
     }
-    bool anyDoubt = false;
-    evenBlock(spacing, angles, count, nodes, from(s, start), from(c, start), doubts, anyDoubt);
-    for (std::size_t i = 0; i < count / group;) {
-      const std::size_t first = i;
-      while (i < count / group && !isServed(i)) ++i;
-      if (i == first) {
-        ++i;
-        continue;
-      }
-      const std::size_t at = first * group, size = (i - first) * group;
-      evaluateAny(angles + at, size, from(s, start + at), from(c, start + at));
-      std::fill_n(doubts + at, size, 0);
+    Left left;
+    evenBlock(spacing, angles, count, nodes, sines, cosines, doubts, left);
+    if (left.groups) {
+      evaluateUnserved(nodes, group, angles, count, sines, cosines, doubts, left.doubts);
     }
-    if (!anyDoubt) continue;
+    if (!left.doubts) continue;
+    std::fill(doubts + count, doubts + (count + kWidestLanes - 1) / kWidestLanes * kWidestLanes, 0);
     eachInDoubt(doubts, count, [&](std::size_t i) {
-      evaluateAny(angles[i], from(s, start + i), from(c, start + i));
+      evaluateCarefully(angles[i], from(sines, i), from(cosines, i));
     });
   }
-  evaluateAny(x + whole, n - whole, from(s, whole), from(c, whole));
 }
 
 }  // namespace

@@ -22,15 +22,30 @@ struct ElementaryBlock {
   alignas(64) std::uint64_t doubt[kElementaryBlock];
 };
 
+// Whether any of n is not 0.
+template <std::size_t n>
+bool anyDoubt(const std::uint64_t* doubt) {
+  std::uint64_t ofLane[kWidestLanes] = {};
+  for (std::size_t i = 0; i < n; i += kWidestLanes) {
+    for (std::size_t lane = 0; lane < kWidestLanes; ++lane) ofLane[lane] |= doubt[i + lane];
+  }
+  std::uint64_t any = 0;
+  for (const std::uint64_t bits : ofLane) any |= bits;
+  return any != 0;
+}
+
 // Calls slow(i) for each i below n whose doubt is not 0. There is room for whole vectors.
 template <typename Slow>
 void eachInDoubt(const std::uint64_t* doubt, std::size_t n, Slow slow) {
-  for (std::size_t first = 0; first < n; first += kWidestLanes) {
-    std::uint64_t any = 0;
-    for (std::size_t lane = 0; lane < kWidestLanes; ++lane) any |= doubt[first + lane];
-    if (any == 0) continue;
-    for (std::size_t i = first; i < std::min(first + kWidestLanes, n); ++i) {
-      if (doubt[i] != 0) slow(i);
+  constexpr std::size_t kMany = 8 * kWidestLanes;
+  for (std::size_t start = 0; start < n; start += kMany) {
+    if (n - start >= kMany && !anyDoubt<kMany>(doubt + start)) continue;
+    const std::size_t end = std::min(start + kMany, n);
+    for (std::size_t first = start; first < end; first += kWidestLanes) {
+      if (!anyDoubt<kWidestLanes>(doubt + first)) continue;
+      for (std::size_t i = first; i < std::min(first + kWidestLanes, end); ++i) {
+        if (doubt[i] != 0) slow(i);
+      }
     }
   }
 }

@@ -23,7 +23,8 @@ template <typename V>
 FATHOM_INLINE Bits<V> fastExp(const V& x, const double* steps, V& value) {
   ScaledSum<V> sum;
   exponential(x, V{}, steps, sum);
-  return roundAndScale(sum, V{} + kExponentialError, value) | outsideBits(x, kLargestExponent);
+  return roundAndScale(sum, inAllLanes<V>(kExponentialError), value) |
+         outsideBits(x, kLargestExponent);
 }
 
 // A block of the array form. First the steps, so that the table's indices come from memory.

@@ -75,7 +75,7 @@ inline constexpr double kNearRange = 24.0;
 template <bool near, typename V>
 FATHOM_INLINE V angleError(const V& x) {
   if constexpr (near) {
-    return V{} + 0x1p-132;
+    return inAllLanes<V>(0x1p-132);
   } else {
     return rounded(magnitude(x) * 0x1p-115) + 0x1p-960;
   }
@@ -125,11 +125,12 @@ FATHOM_INLINE void reduce(const V& x, const V& k, Angle<V>& angle) {
 
 // Longer series, of square = r^2: (sin r - r) / r^3 and (cos r - 1 + r^2 / 2) / r^4. What is left
 // out of the sine and cosine is below 2^-77 |r| and 2^-74 for |r| < 0.026.
-FATHOM_INLINE void longSeries(double square, double& cubic, double& fourth) {
-  const double seventh = -0x1.a01a01a01a01ap-13 + rounded(square * 0x1.71de3a556c734p-19);
-  const double fifth = 0x1.1111111111111p-7 + rounded(square * seventh);
+template <typename V>
+FATHOM_INLINE void longSeries(const V& square, V& cubic, V& fourth) {
+  const V seventh = -0x1.a01a01a01a01ap-13 + rounded(square * 0x1.71de3a556c734p-19);
+  const V fifth = 0x1.1111111111111p-7 + rounded(square * seventh);
   cubic = -0x1.5555555555555p-3 + rounded(square * fifth);
-  const double sixth = -0x1.6c16c16c16c17p-10 + rounded(square * 0x1.a01a01a01a01ap-16);
+  const V sixth = -0x1.6c16c16c16c17p-10 + rounded(square * 0x1.a01a01a01a01ap-16);
   fourth = 0x1.5555555555555p-5 + rounded(square * sixth);
 }
 

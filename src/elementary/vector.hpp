@@ -37,6 +37,20 @@ struct BitsOf<Lanes<64>> {
 template <typename V>
 using Bits = typename BitsOf<V>::Type;
 
+// A shuffle, as GCC 12 makes one instruction of it, two of x + V{} and many of a list of lanes.
+template <typename V>
+FATHOM_INLINE V inAllLanes(double x) {
+  if constexpr (sizeof(V) == sizeof(double)) {
+    return x;
+  } else {
+    const V first = {x};
+    if constexpr (sizeof(V) == 16) return __builtin_shufflevector(first, first, 0, 0);
+    if constexpr (sizeof(V) == 32) return __builtin_shufflevector(first, first, 0, 0, 0, 0);
+    if constexpr (sizeof(V) == 64) {
+      return __builtin_shufflevector(first, first, 0, 0, 0, 0, 0, 0, 0, 0);
+    }
+  }
+}
 template <typename V>
 FATHOM_INLINE V masked(const V& x, std::uint64_t mask) {
   return std::bit_cast<V>(std::bit_cast<Bits<V>>(x) & mask);

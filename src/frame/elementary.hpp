@@ -87,7 +87,7 @@ struct AngleSpacing {
   // What the others' offsets from it and their sines and cosines are.
   static constexpr std::size_t kMost = 64;
   alignas(64) double offset[kMost], sineHead[kMost], sineTail[kMost];
-  double cosine[kMost], cosineLess1[kMost];
+  double cosine[kMost], cosineLess1[kMost], errorShare[kMost];
 };
 void sin(const AngleSpacing& spacing, const double* x, std::size_t n, double* s);
 void cos(const AngleSpacing& spacing, const double* x, std::size_t n, double* c);

@@ -16,15 +16,21 @@ namespace {
 // Runs are not worth their set-up below the one, and counted in 32 bits up to the other.
 constexpr std::size_t kShortRun = 32;
 constexpr double kLongRun = 0x1p30;
+// Sums from the end of a run into the next binade.
+constexpr std::size_t kBeyondRun = 2;
+
+// |value| rounded down to a power of two, if that is far from the ends of the range; otherwise 0.
+double binadeOf(double value) {
+  const double power =
+      std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) & 0x7FF0'0000'0000'0000);
+  return power >= 0x1p-900 && power < 0x1p900 ? power : 0.0;
+}
 
 // How many sums from `value` on certainly lie an increment apart.
-std::size_t steadyRun(double value, double step, double increment) {
-  const double magnitude = fabs(value);
-  const double power = std::bit_cast<double>(std::bit_cast<std::uint64_t>(magnitude) &
-                                             0x7FF0'0000'0000'0000);  // at most the magnitude
-  if (!(power >= 0x1p-900 && magnitude < 0x1p900)) return 0;
+std::size_t steadyRun(double value, double power, double step, double increment) {
   // A step halfway between two multiples would be rounded to even, to one side and the other.
   if (!(fabs(step - increment) < power * 0x1p-53)) return 0;
+  const double magnitude = fabs(value);
   const bool outward = (increment < 0.0) == (value < 0.0);
   const double room = outward ? 2.0 * power - magnitude : magnitude - power;
   const double stride = std::max(fabs(increment), power * 0x1p-52);
@@ -39,17 +45,23 @@ FATHOM_MULTIVERSION void fillSteadyRun(double value, double increment, std::int3
 
 double runningSum(double value, double step, std::size_t n, double* y) {
   for (std::size_t i = 0; i < n;) {
-    const double increment = (value + step) - value;
-    const std::size_t run = std::min(steadyRun(value, step, increment), n - i);
-    if (run >= kShortRun) {
-      // Whole vectors; what is too much of them is written again.
-      const std::size_t count = std::min((run + 7) / 8 * 8, n - i);
-      fillSteadyRun(value, increment, static_cast<std::int32_t>(count), y + i);
-      i += run;
-      value = y[i - 1] + step;
-      continue;
+    std::size_t single = kShortRun;  // that follow one by one
+    if (n - i >= kShortRun) {
+      const double power = binadeOf(value);
+      const double increment = (value + step) - value;
+      const std::size_t run = std::min(steadyRun(value, power, step, increment), n - i);
+      if (run >= kShortRun) {
+        // Whole vectors; what is too much of them is written again.
+        const std::size_t count = std::min((run + 7) / 8 * 8, n - i);
+        fillSteadyRun(value, increment, static_cast<std::int32_t>(count), y + i);
+        i += run;
+        value = y[i - 1] + step;
+        single = kBeyondRun;
+      } else if (run > 0 && 2.0 * power >= fabs(step) * kShortRun) {
+        single = run + kBeyondRun;  // the next binade has twice as many
+      }
     }
-    for (const std::size_t end = std::min(i + kShortRun, n); i < end; ++i) {
+    for (const std::size_t end = std::min(i + single, n); i < end; ++i) {
       y[i] = value;
       value += step;
     }

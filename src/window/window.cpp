@@ -40,6 +40,16 @@ FATHOM_MULTIVERSION void multiplyInward(double* front, double* back, std::size_t
   }
 }
 
+FATHOM_MULTIVERSION void multiplyInwardBySquares(double* front, double* back, std::size_t pairs,
+                                                 const double* root) {
+  FATHOM_INDEPENDENT
+  for (std::size_t k = 0; k < pairs; ++k) {
+    const double weight = root[k] * root[k];
+    front[k] *= weight;
+    back[-static_cast<std::ptrdiff_t>(k)] *= weight;
+  }
+}
+
 // Samples in memory are on their way while their weights are made.
 void prefetch(const double* front, const double* back, std::size_t pairs) {
   constexpr std::size_t kLine = 8;
@@ -48,18 +58,21 @@ void prefetch(const double* front, const double* back, std::size_t pairs) {
     __builtin_prefetch(back - k);
   }
 }
+// Fewer are likely near already.
+constexpr std::size_t kFarPairs = 2048;
 
 // Multiplies front[k] and back[-k], for k = 1 ... pairs, by the weights that one call after another
-// of weights(count, tile) gives.
+// of weights(count, tile) gives, or what `multiplyBy` makes of them.
 template <typename Weights>
-void walkInward(double* front, double* back, int32_t pairs, Weights&& weights) {
+void walkInward(double* front, double* back, int32_t pairs, Weights&& weights,
+                decltype(multiplyInward)& multiplyBy = multiplyInward) {
   double tile[kTile];
-  std::size_t left = pairs > 0 ? static_cast<std::size_t>(pairs) : 0;
-  while (left > 0) {
+  const std::size_t all = pairs > 0 ? static_cast<std::size_t>(pairs) : 0;
+  for (std::size_t left = all; left > 0;) {
     const std::size_t count = std::min(left, kTile);
-    prefetch(front + 1, back - 1, count);
+    if (all > kFarPairs) prefetch(front + 1, back - 1, count);
     weights(count, tile);
-    multiplyInward(front + 1, back - 1, count, tile);
+    multiplyBy(front + 1, back - 1, count, tile);
     front += count;
     back -= count;
     left -= count;
@@ -68,27 +81,23 @@ void walkInward(double* front, double* back, int32_t pairs, Weights&& weights) {
 
 // The walk over x[k] and x[n - k]: x[0] has no partner, nor has x[n / 2] of an even count.
 template <typename Weights>
-void walkSymmetric(double* x, int32_t n, Weights&& weights) {
-  walkInward(x, x + n, (n - 1) / 2, std::forward<Weights>(weights));
+void walkSymmetric(double* x, int32_t n, Weights&& weights,
+                   decltype(multiplyInward)& multiplyBy = multiplyInward) {
+  walkInward(x, x + n, (n - 1) / 2, std::forward<Weights>(weights), multiplyBy);
 }
 
 FATHOM_MULTIVERSION void multiply(double* x, const double* factor, std::size_t n) {
   for (std::size_t i = 0; i < n; ++i) x[i] *= factor[i];
 }
 
-FATHOM_MULTIVERSION void square(double* x, std::size_t n) {
-  for (std::size_t i = 0; i < n; ++i) x[i] *= x[i];
-}
-
-// sin(t)^2 for t = step, step + step, ...
-class SineSquared {
+// sin t for t = step, step + step, ...
+class Sines {
  public:
-  explicit SineSquared(double step) : angle_(step, step), spacing_(step) {}
-  void operator()(std::size_t count, double* weight) {
+  explicit Sines(double step) : angle_(step, step), spacing_(step) {}
+  void operator()(std::size_t count, double* sine) {
     double angle[kTile];
     angle_.next(count, angle);
-    fathom::sin(spacing_, angle, count, weight);
-    square(weight, count);
+    fathom::sin(spacing_, angle, count, sine);
   }
 
  private:
@@ -210,7 +219,7 @@ class Kaiser {
 AnalysisStatus HanWin(double* x, int32_t n) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   x[0] *= 0.0;
-  walkSymmetric(x, n, SineSquared(kPi / n));
+  walkSymmetric(x, n, Sines(kPi / n), multiplyInwardBySquares);
   return FATHOM_OK;
 }
 
@@ -283,7 +292,7 @@ AnalysisStatus CosTaperedWin(double* x, int32_t n) {
   if (m < 1) return FATHOM_OK;
   x[0] = 0.0;
   x[n - 1] = 0.0;
-  walkInward(x, x + (n - 1), m - 1, SineSquared(kPi / (m * 2.0)));
+  walkInward(x, x + (n - 1), m - 1, Sines(kPi / (m * 2.0)), multiplyInwardBySquares);
   return FATHOM_OK;
 }
 
