@@ -9,8 +9,8 @@
 // Error: the node's, kRelativeError |S|; with T = |S| (1 - cos d_j) < |S| d_j^2 / 2, eight
 // roundings to 53 bits of T or of sums as large; and e (sin d_j - d_j) S, which is left out, with e
 // < 2^-46. Of the terms of C the node's error again, times d_j, and ten roundings of the cube of
-// d_j, over 6. What the node's angle, the tails and e^2 add is below 2^-75 |S|, which the first
-// leaves room for. (0.45 of the bound was seen.)
+// d_j, over 6. What the node's angle, the series, the tails and e^2 add is below 2^-69 |S|, which
+// the first leaves room for. (0.51 of the bound was seen.)
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -26,7 +26,7 @@
 namespace fathom {
 namespace {
 
-constexpr double kReach = 0.0257;
+constexpr double kReach = 0.037;
 // Nodes are served if they, |S| and |C| are as many times d, lest S + C d_j cancel or the distance
 // to the node not be exact. So the first group from 0 is not served, whatever stands in it.
 constexpr double kDistance = 2.5;
@@ -233,10 +233,10 @@ FATHOM_BY_WIDTH(evenBlock,
                 (spacing, x, n, nodes, s, c, doubts, left))
 
 // Sines of the group that begins at 0 or next to it, as x + x^3 P(x^2). Error: of x^3 / 6, five
-// roundings to 53 bits and that of 1 / 6; the series leaves out less than 2^-59 x^3. (0.56 of the
+// roundings to 53 bits and that of 1 / 6; the series leaves out less than 2^-55 x^3. (0.59 of the
 // bound was seen.) Other angles are put in doubt, and 0, whose sign would be lost.
 constexpr double kLeastSmall = 0x1p-300;
-constexpr double kMostSmall = 0.053;
+constexpr double kMostSmall = 0.075;
 static_assert(kMostSmall > 2.0 * kReach);
 
 template <std::size_t bytes>
@@ -251,7 +251,7 @@ FATHOM_INLINE void smallSinesOf(const double* x, std::size_t n, double* s, std::
     const V cube = rounded(angle * square);
     V cubic, fourth, value;
     longSeries(square, cubic, fourth);
-    Bits<V> doubt = roundWithin<V>(angle, rounded(cube * cubic), rounded(cube * 0x1.1p-53), value);
+    Bits<V> doubt = roundWithin<V>(angle, rounded(cube * cubic), rounded(cube * 0x1.3p-53), value);
     doubt |= ~(bitsWhereLess<V>(least, angle) & bitsWhereLess<V>(angle, most));
     store(s + i, value);
     storeBits(doubts + i, doubt);

@@ -124,7 +124,7 @@ FATHOM_INLINE void reduce(const V& x, const V& k, Angle<V>& angle) {
 }
 
 // Longer series, of square = r^2: (sin r - r) / r^3 and (cos r - 1 + r^2 / 2) / r^4. What is left
-// out of the sine and cosine is below 2^-77 |r| and 2^-74 for |r| < 0.026.
+// out of the sine and cosine is below 2^-72 |r| and 2^-69 for |r| < 0.037.
 template <typename V>
 FATHOM_INLINE void longSeries(const V& square, V& cubic, V& fourth) {
   const V seventh = -0x1.a01a01a01a01ap-13 + rounded(square * 0x1.71de3a556c734p-19);

@@ -94,7 +94,7 @@ TEST(Elementary, ArraysGiveTheBitsOfSingleValues) {
 // of the angles themselves, and leave the range of the rotation. The transforms put another angle
 // in the place of 0.
 TEST(Elementary, EvenlySpacedAnglesGiveTheBitsOfSingleValues) {
-  std::vector<double> steps = {0.0, 1e-300, 1e-9, 0.0128 / 4, 0.0129 / 4, 0.3, 1e300};
+  std::vector<double> steps = {0.0, 1e-300, 1e-9, 0.0369 / 8, 0.0371 / 8, 0.3, 1e300};
   for (int n : {64, 1000, 1001, 2048, 4096, 30000, 65536}) steps.push_back(kPi / n);
   for (int power = -54; power < -30; power += 3) steps.push_back(1.3 * std::ldexp(1.0, power));
   for (double step : steps) {
