@@ -41,6 +41,13 @@ FATHOM_MULTIVERSION void fillSteadyRun(double value, double increment, std::int3
   for (std::int32_t i = 0; i < n; ++i) y[i] = value + i * increment;
 }
 
+FATHOM_MULTIVERSION void doubleRuns(std::size_t most, double* y) {
+  for (std::size_t count = most / 2; count > 1; count /= 2) {
+    FATHOM_INDEPENDENT
+    for (std::size_t i = 0; i < count; ++i) y[count + i] = 2.0 * y[2 * count + i];
+  }
+}
+
 }  // namespace
 
 double runningSum(double value, double step, std::size_t n, double* y) {
@@ -67,6 +74,10 @@ double runningSum(double value, double step, std::size_t n, double* y) {
     }
   }
   return value;
+}
+
+void doubleSums(std::size_t most, double* y) {
+  doubleRuns(most, y);
 }
 
 }  // namespace fathom

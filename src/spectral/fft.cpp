@@ -204,10 +204,8 @@ void transform(double* x, double* y, std::size_t n) {
   // The twiddles of a quarter span begin at that index.
   TwiddleStore<kBlockSpan / 2> table;
   const std::size_t largest = std::min(n, kBlockSpan);
-  for (std::size_t quarter = largest / 4; quarter > 1; quarter /= 2) {
-    table.setAngles(0.0, kTwoPi / static_cast<double>(4 * quarter), quarter, quarter);
-    table.pad(quarter);
-  }
+  table.setStages(0.0, kTwoPi / static_cast<double>(largest), largest / 4);
+  for (std::size_t quarter = largest / 4; quarter > 1; quarter /= 2) table.pad(quarter);
   if (largest > 4) table.evaluate(largest / 2 - 2, 2);
   if (n < kTileSide * kTileSide) {
     transformFew(x, y, n, table.twiddles());

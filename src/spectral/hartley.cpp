@@ -146,10 +146,9 @@ void transform(double* x, std::size_t n) {
   }
   const std::size_t block = std::min(n, kBlockSpan);
   double c[2 * kTile], s[2 * kTile];
-  for (std::size_t count = block / 4; count > 1; count /= 2) {
-    const double e = kTwoPi / static_cast<double>(4 * count);
-    runningSum(e, e, count, c + count);
-  }
+  const double e = kTwoPi / static_cast<double>(block);
+  runningSum(e, e, block / 4, c + block / 4);
+  doubleSums(block / 4, c);
   if (block > 4) sincos(c + 2, block / 2 - 2, s + 2, c + 2);
   if (n < kTileSide * kTileSide) {
     transformSmall(x, n, c, s);

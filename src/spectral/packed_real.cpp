@@ -203,11 +203,9 @@ void largeStage(double* x, std::size_t n, std::size_t span, TileFunction tile) {
 using BlockTable = TwiddleStore<kBlockSpan / 4>;
 
 void fillTable(BlockTable& table, std::size_t span) {
-  for (std::size_t half = span / 8; half > 1; half /= 2) {
-    const double e = kTwoPi / static_cast<double>(8 * half);
-    table.setAngles(e, e, half - 1, half);
-    table.pad(2 * half - 1);
-  }
+  const double e = kTwoPi / static_cast<double>(span);
+  table.setStages(e, e, span / 8);
+  for (std::size_t half = span / 8; half > 1; half /= 2) table.pad(2 * half - 1);
   if (span > 8) table.evaluate(span / 4 - 2, 2);
 }
 

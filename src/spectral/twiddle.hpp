@@ -35,6 +35,13 @@ class TwiddleStore {
     triple(cos1_ + at, count, cos3_ + at);
     return next;
   }
+  // The angles of all stages of a block: at `most` so many from a on, e apart, at most / 2 half as
+  // many from 2 a on, 2 e apart, and so on down to 2.
+  void setStages(double a, double e, std::size_t most) {
+    setAngles(a, e, most, most);
+    doubleSums(most, cos1_);
+    doubleSums(most, cos3_);
+  }
   // An entry whose products are never used, at the angle 1.
   void pad(std::size_t at) { cos1_[at] = cos3_[at] = 1.0; }
   void evaluate(std::size_t count, std::size_t at) {

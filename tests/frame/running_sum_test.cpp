@@ -41,5 +41,19 @@ TEST(RunningSum, HasTheBitsOfAdditions) {
   }
 }
 
+TEST(RunningSum, DoubledSumsAreThoseOfDoubledSteps) {
+  for (const std::size_t most : {1, 2, 64}) {
+    const double first = 0.3, step = 2.0 / 3.0;
+    std::vector<double> y(2 * most), expected(most);
+    runningSum(first, step, most, y.data() + most);
+    doubleSums(most, y.data());
+    for (std::size_t count = most; count > 1; count /= 2) {
+      const auto factor = static_cast<double>(most / count);
+      runningSum(first * factor, step * factor, count, expected.data());
+      for (std::size_t i = 0; i < count; ++i) EXPECT_EQ(y[count + i], expected[i]) << count;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace fathom
