@@ -24,7 +24,7 @@ struct ElementaryBlock {
 
 // Whether any of n is not 0.
 template <std::size_t n>
-bool anyDoubt(const std::uint64_t* doubt) {
+bool anyInDoubt(const std::uint64_t* doubt) {
   std::uint64_t ofLane[kWidestLanes] = {};
   for (std::size_t i = 0; i < n; i += kWidestLanes) {
     for (std::size_t lane = 0; lane < kWidestLanes; ++lane) ofLane[lane] |= doubt[i + lane];
@@ -39,10 +39,10 @@ template <typename Slow>
 void eachInDoubt(const std::uint64_t* doubt, std::size_t n, Slow slow) {
   constexpr std::size_t kMany = 8 * kWidestLanes;
   for (std::size_t start = 0; start < n; start += kMany) {
-    if (n - start >= kMany && !anyDoubt<kMany>(doubt + start)) continue;
+    if (n - start >= kMany && !anyInDoubt<kMany>(doubt + start)) continue;
     const std::size_t end = std::min(start + kMany, n);
     for (std::size_t first = start; first < end; first += kWidestLanes) {
-      if (!anyDoubt<kWidestLanes>(doubt + first)) continue;
+      if (!anyInDoubt<kWidestLanes>(doubt + first)) continue;
       for (std::size_t i = first; i < std::min(first + kWidestLanes, end); ++i) {
         if (doubt[i] != 0) slow(i);
       }

@@ -4,7 +4,6 @@
 // sums. The same lines serve one double and a vector of them. What they leave in doubt is
 // careful::'s.
 #include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -13,7 +12,6 @@
 #include "elementary/careful.hpp"
 #include "elementary/table_rows.hpp"
 #include "elementary/trigonometric_core.hpp"
-#include "elementary/trigonometric_table.hpp"
 #include "elementary/vector.hpp"
 #include "frame/elementary.hpp"
 #include "frame/lanes.hpp"

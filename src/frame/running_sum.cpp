@@ -15,7 +15,7 @@ namespace {
 
 // Runs are not worth their set-up below the one, and counted in 32 bits up to the other.
 constexpr std::size_t kShortRun = 32;
-constexpr double kLongRun = 0x1p30;
+constexpr std::size_t kLongRun = std::size_t{1} << 30;
 // Sums from the end of a run into the next binade.
 constexpr std::size_t kBeyondRun = 2;
 
@@ -30,11 +30,12 @@ double binadeOf(double value) {
 std::size_t steadyRun(double value, double power, double step, double increment) {
   // A step halfway between two multiples would be rounded to even, to one side and the other.
   if (!(fabs(step - increment) < power * 0x1p-53)) return 0;
+  if (increment == 0.0) return kLongRun;
   const double magnitude = fabs(value);
   const bool outward = (increment < 0.0) == (value < 0.0);
   const double room = outward ? 2.0 * power - magnitude : magnitude - power;
-  const double stride = std::max(fabs(increment), power * 0x1p-52);
-  return static_cast<std::size_t>(std::max(std::min(room / stride, kLongRun) - 1.0, 0.0));
+  const double most = std::min(room / fabs(increment), static_cast<double>(kLongRun));
+  return static_cast<std::size_t>(std::max(most - 1.0, 0.0));
 }
 
 FATHOM_MULTIVERSION void fillSteadyRun(double value, double increment, std::int32_t n, double* y) {
@@ -65,7 +66,7 @@ double runningSum(double value, double step, std::size_t n, double* y) {
         value = y[i - 1] + step;
         single = kBeyondRun;
       } else if (run > 0 && 2.0 * power >= fabs(step) * kShortRun) {
-        single = run + kBeyondRun;  // the next binade has twice as many
+        single = run + kBeyondRun;  // outward, the next binade has twice as many
       }
     }
     for (const std::size_t end = std::min(i + single, n); i < end; ++i) {
