@@ -27,15 +27,14 @@ double binadeOf(double value) {
 }
 
 // How many sums from `value` on certainly lie an increment apart.
-std::size_t steadyRun(double value, double power, double step, double increment) {
+std::size_t steadyRun(double value, double power, double step, double increment, bool outward) {
   // A step halfway between two multiples would be rounded to even, to one side and the other.
   if (!(fabs(step - increment) < power * 0x1p-53)) return 0;
   if (increment == 0.0) return kLongRun;
   const double magnitude = fabs(value);
-  const bool outward = (increment < 0.0) == (value < 0.0);
   const double room = outward ? 2.0 * power - magnitude : magnitude - power;
   const double most = std::min(room / fabs(increment), static_cast<double>(kLongRun));
-  return static_cast<std::size_t>(std::max(most - 1.0, 0.0));
+  return static_cast<std::size_t>(static_cast<std::int64_t>(std::max(most - 1.0, 0.0)));
 }
 
 FATHOM_MULTIVERSION void fillSteadyRun(double value, double increment, std::int32_t n, double* y) {
@@ -57,7 +56,8 @@ double runningSum(double value, double step, std::size_t n, double* y) {
     if (n - i >= kShortRun) {
       const double power = binadeOf(value);
       const double increment = (value + step) - value;
-      const std::size_t run = std::min(steadyRun(value, power, step, increment), n - i);
+      const bool outward = (increment < 0.0) == (value < 0.0);
+      const std::size_t run = std::min(steadyRun(value, power, step, increment, outward), n - i);
       if (run >= kShortRun) {
         // Whole vectors; what is too much of them is written again.
         const std::size_t count = std::min((run + 7) / 8 * 8, n - i);
@@ -65,8 +65,8 @@ double runningSum(double value, double step, std::size_t n, double* y) {
         i += run;
         value = y[i - 1] + step;
         single = kBeyondRun;
-      } else if (run > 0 && 2.0 * power >= fabs(step) * kShortRun) {
-        single = run + kBeyondRun;  // outward, the next binade has twice as many
+      } else if (run > 0 && outward && 2.0 * power >= fabs(step) * kShortRun) {
+        single = run + kBeyondRun;  // the next binade has twice as many
       }
     }
     for (const std::size_t end = std::min(i + single, n); i < end; ++i) {
