@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "frame/multiversion.hpp"
+
 namespace fathom {
 
 inline constexpr std::size_t kElementaryBlock = 256;
@@ -24,7 +26,7 @@ struct ElementaryBlock {
 
 // Whether any of n is not 0.
 template <std::size_t n>
-bool anyInDoubt(const std::uint64_t* doubt) {
+FATHOM_INLINE bool anyInDoubt(const std::uint64_t* doubt) {
   std::uint64_t ofLane[kWidestLanes] = {};
   for (std::size_t i = 0; i < n; i += kWidestLanes) {
     for (std::size_t lane = 0; lane < kWidestLanes; ++lane) ofLane[lane] |= doubt[i + lane];
@@ -34,12 +36,16 @@ bool anyInDoubt(const std::uint64_t* doubt) {
   return any != 0;
 }
 
+inline constexpr std::size_t kMany = 8 * kWidestLanes;
+FATHOM_MULTIVERSION static bool anyOfManyInDoubt(const std::uint64_t* doubt) {
+  return anyInDoubt<kMany>(doubt);
+}
+
 // Calls slow(i) for each i below n whose doubt is not 0. There is room for whole vectors.
 template <typename Slow>
 void eachInDoubt(const std::uint64_t* doubt, std::size_t n, Slow slow) {
-  constexpr std::size_t kMany = 8 * kWidestLanes;
   for (std::size_t start = 0; start < n; start += kMany) {
-    if (n - start >= kMany && !anyInDoubt<kMany>(doubt + start)) continue;
+    if (n - start >= kMany && !anyOfManyInDoubt(doubt + start)) continue;
     const std::size_t end = std::min(start + kMany, n);
     for (std::size_t first = start; first < end; first += kWidestLanes) {
       if (!anyInDoubt<kWidestLanes>(doubt + first)) continue;

@@ -26,14 +26,18 @@ double binadeOf(double value) {
   return power >= 0x1p-900 && power < 0x1p900 ? power : 0.0;
 }
 
-// How many sums from `value` on certainly lie an increment apart.
-std::size_t steadyRun(double value, double power, double step, double increment, bool outward) {
+// How many sums from `value` on certainly lie an increment apart; perStep is 1 / |step|.
+std::size_t steadyRun(double value, double power, double step, double perStep, double increment,
+                      bool outward) {
   // A step halfway between two multiples would be rounded to even, to one side and the other.
   if (!(fabs(step - increment) < power * 0x1p-53)) return 0;
   if (increment == 0.0) return kLongRun;
   const double magnitude = fabs(value);
   const double room = outward ? 2.0 * power - magnitude : magnitude - power;
-  const double most = std::min(room / fabs(increment), static_cast<double>(kLongRun));
+  // A step of 2^-13 of the power or more is within 2^-40 of the increment.
+  const double most = fabs(step) >= power * 0x1p-13
+                          ? room * perStep
+                          : std::min(room / fabs(increment), static_cast<double>(kLongRun));
   return static_cast<std::size_t>(static_cast<std::int64_t>(std::max(most - 1.0, 0.0)));
 }
 
@@ -51,13 +55,15 @@ FATHOM_MULTIVERSION void doubleRuns(std::size_t most, double* y) {
 }  // namespace
 
 double runningSum(double value, double step, std::size_t n, double* y) {
+  const double perStep = 1.0 / fabs(step);
   for (std::size_t i = 0; i < n;) {
     std::size_t single = kShortRun;  // that follow one by one
     if (n - i >= kShortRun) {
       const double power = binadeOf(value);
       const double increment = (value + step) - value;
       const bool outward = (increment < 0.0) == (value < 0.0);
-      const std::size_t run = std::min(steadyRun(value, power, step, increment, outward), n - i);
+      const std::size_t run =
+          std::min(steadyRun(value, power, step, perStep, increment, outward), n - i);
       if (run >= kShortRun) {
         // Whole vectors; what is too much of them is written again.
         const std::size_t count = std::min((run + 7) / 8 * 8, n - i);

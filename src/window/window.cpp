@@ -7,6 +7,7 @@
 
 #include "fathom.h"
 #include "frame/elementary.hpp"
+#include "frame/lanes.hpp"
 #include "frame/multiversion.hpp"
 #include "frame/running_sum.hpp"
 
@@ -14,6 +15,7 @@ namespace {
 
 using fathom::kPi;
 using fathom::kTwoPi;
+using fathom::Lanes;
 
 // A value that starts at `first` and advances by repeated addition.
 class Running {
@@ -31,24 +33,55 @@ class Running {
 // Weights are made a tile at a time.
 constexpr std::size_t kTile = 256;
 
-FATHOM_MULTIVERSION void multiplyInward(double* front, double* back, std::size_t pairs,
-                                        const double* weight) {
-  FATHOM_INDEPENDENT
-  for (std::size_t k = 0; k < pairs; ++k) {
-    front[k] *= weight[k];
-    back[-static_cast<std::ptrdiff_t>(k)] *= weight[k];
-  }
+template <std::size_t bytes>
+FATHOM_INLINE void reversed(const Lanes<bytes>& x, Lanes<bytes>& y) {
+  if constexpr (bytes == 16) y = __builtin_shufflevector(x, x, 1, 0);
+  if constexpr (bytes == 32) y = __builtin_shufflevector(x, x, 3, 2, 1, 0);
+  if constexpr (bytes == 64) y = __builtin_shufflevector(x, x, 7, 6, 5, 4, 3, 2, 1, 0);
 }
 
-FATHOM_MULTIVERSION void multiplyInwardBySquares(double* front, double* back, std::size_t pairs,
-                                                 const double* root) {
-  FATHOM_INDEPENDENT
-  for (std::size_t k = 0; k < pairs; ++k) {
-    const double weight = root[k] * root[k];
+// Multiplies front[k] and back[-k] by factor[k] or its square, which is what is reversed: once,
+// where the samples at the back would be twice.
+template <std::size_t bytes, bool squared>
+FATHOM_INLINE void multiplyPairs(double* front, double* back, std::size_t pairs,
+                                 const double* factor) {
+  constexpr std::size_t kWidth = fathom::kLanesOf<bytes>;
+  std::size_t k = 0;
+  for (; k + kWidth <= pairs; k += kWidth) {
+    Lanes<bytes> weight, backWeight, x, y;
+    double* const last = back - k - (kWidth - 1);
+    fathom::load(weight, factor + k);
+    fathom::load(x, front + k);
+    fathom::load(y, last);
+    if constexpr (squared) weight *= weight;
+    reversed<bytes>(weight, backWeight);
+    x *= weight;
+    y *= backWeight;
+    fathom::store(front + k, x);
+    fathom::store(last, y);
+  }
+  for (; k < pairs; ++k) {
+    const double weight = squared ? factor[k] * factor[k] : factor[k];
     front[k] *= weight;
     back[-static_cast<std::ptrdiff_t>(k)] *= weight;
   }
 }
+
+// What a walk is given: weights, or their square roots.
+enum class Given { kWeights, kRoots };
+
+template <std::size_t bytes>
+FATHOM_INLINE void multiplyInwardOf(double* front, double* back, std::size_t pairs,
+                                    const double* factor, Given given) {
+  if (given == Given::kRoots) {
+    multiplyPairs<bytes, true>(front, back, pairs, factor);
+  } else {
+    multiplyPairs<bytes, false>(front, back, pairs, factor);
+  }
+}
+FATHOM_BY_WIDTH(multiplyInward,
+                (double* front, double* back, std::size_t pairs, const double* factor, Given given),
+                (front, back, pairs, factor, given))
 
 // Samples in memory are on their way while their weights are made.
 void prefetch(const double* front, const double* back, std::size_t pairs) {
@@ -62,17 +95,17 @@ void prefetch(const double* front, const double* back, std::size_t pairs) {
 constexpr std::size_t kFarPairs = 2048;
 
 // Multiplies front[k] and back[-k], for k = 1 ... pairs, by the weights that one call after another
-// of weights(count, tile) gives, or what `multiplyBy` makes of them.
+// of weights(count, tile) gives, or whose roots it gives.
 template <typename Weights>
 void walkInward(double* front, double* back, int32_t pairs, Weights&& weights,
-                decltype(multiplyInward)& multiplyBy = multiplyInward) {
+                Given given = Given::kWeights) {
   double tile[kTile];
   const std::size_t all = pairs > 0 ? static_cast<std::size_t>(pairs) : 0;
   for (std::size_t left = all; left > 0;) {
     const std::size_t count = std::min(left, kTile);
     if (all > kFarPairs) prefetch(front + 1, back - 1, count);
     weights(count, tile);
-    multiplyBy(front + 1, back - 1, count, tile);
+    multiplyInward(front + 1, back - 1, count, tile, given);
     front += count;
     back -= count;
     left -= count;
@@ -81,9 +114,8 @@ void walkInward(double* front, double* back, int32_t pairs, Weights&& weights,
 
 // The walk over x[k] and x[n - k]: x[0] has no partner, nor has x[n / 2] of an even count.
 template <typename Weights>
-void walkSymmetric(double* x, int32_t n, Weights&& weights,
-                   decltype(multiplyInward)& multiplyBy = multiplyInward) {
-  walkInward(x, x + n, (n - 1) / 2, std::forward<Weights>(weights), multiplyBy);
+void walkSymmetric(double* x, int32_t n, Weights&& weights, Given given = Given::kWeights) {
+  walkInward(x, x + n, (n - 1) / 2, std::forward<Weights>(weights), given);
 }
 
 FATHOM_MULTIVERSION void multiply(double* x, const double* factor, std::size_t n) {
@@ -219,7 +251,7 @@ class Kaiser {
 AnalysisStatus HanWin(double* x, int32_t n) {
   if (n < 1) return FATHOM_ERR_NO_SAMPLES;
   x[0] *= 0.0;
-  walkSymmetric(x, n, Sines(kPi / n), multiplyInwardBySquares);
+  walkSymmetric(x, n, Sines(kPi / n), Given::kRoots);
   return FATHOM_OK;
 }
 
@@ -292,7 +324,7 @@ AnalysisStatus CosTaperedWin(double* x, int32_t n) {
   if (m < 1) return FATHOM_OK;
   x[0] = 0.0;
   x[n - 1] = 0.0;
-  walkInward(x, x + (n - 1), m - 1, Sines(kPi / (m * 2.0)), multiplyInwardBySquares);
+  walkInward(x, x + (n - 1), m - 1, Sines(kPi / (m * 2.0)), Given::kRoots);
   return FATHOM_OK;
 }
 
