@@ -328,7 +328,7 @@ void evaluate(const AngleSpacing& spacing, const double* x, std::size_t n, doubl
       evaluateUnserved(nodes, group, angles, count, sines, cosines, doubts, left.doubts);
     }
     if (!left.doubts) continue;
-    std::fill(doubts + count, doubts + (count + kWidestLanes - 1) / kWidestLanes * kWidestLanes, 0);
+    std::fill(doubts + count, doubts + inWholeVectors(count), 0);
     eachInDoubt(doubts, count, [&](std::size_t i) {
       evaluateCarefully(angles[i], from(sines, i), from(cosines, i));
     });

@@ -14,6 +14,9 @@ namespace fathom {
 inline constexpr std::size_t kElementaryBlock = 256;
 // Blocks are padded to whole vectors of the widest kind.
 inline constexpr std::size_t kWidestLanes = 8;
+constexpr std::size_t inWholeVectors(std::size_t n) {
+  return (n + kWidestLanes - 1) / kWidestLanes * kWidestLanes;
+}
 
 // Arguments of a block, which its results may not overwrite as they may the caller's, and where
 // results go: straight to the caller when they are whole vectors.
@@ -36,17 +39,18 @@ FATHOM_INLINE bool anyInDoubt(const std::uint64_t* doubt) {
   return any != 0;
 }
 
-inline constexpr std::size_t kMany = 8 * kWidestLanes;
+// As many as are worth a call at the processor's level.
+inline constexpr std::size_t kManyDoubts = 8 * kWidestLanes;
 FATHOM_MULTIVERSION static bool anyOfManyInDoubt(const std::uint64_t* doubt) {
-  return anyInDoubt<kMany>(doubt);
+  return anyInDoubt<kManyDoubts>(doubt);
 }
 
 // Calls slow(i) for each i below n whose doubt is not 0. There is room for whole vectors.
 template <typename Slow>
 void eachInDoubt(const std::uint64_t* doubt, std::size_t n, Slow slow) {
-  for (std::size_t start = 0; start < n; start += kMany) {
-    if (n - start >= kMany && !anyOfManyInDoubt(doubt + start)) continue;
-    const std::size_t end = std::min(start + kMany, n);
+  for (std::size_t start = 0; start < n; start += kManyDoubts) {
+    if (n - start >= kManyDoubts && !anyOfManyInDoubt(doubt + start)) continue;
+    const std::size_t end = std::min(start + kManyDoubts, n);
     for (std::size_t first = start; first < end; first += kWidestLanes) {
       if (!anyInDoubt<kWidestLanes>(doubt + first)) continue;
       for (std::size_t i = first; i < std::min(first + kWidestLanes, end); ++i) {
@@ -65,7 +69,7 @@ void evaluateArrays(const double* const (&x)[inputs], std::size_t n, double* con
   alignas(64) double value[outputs][kElementaryBlock];
   for (std::size_t start = 0; start < n; start += kElementaryBlock) {
     const std::size_t count = std::min(kElementaryBlock, n - start);
-    const std::size_t padded = (count + kWidestLanes - 1) / kWidestLanes * kWidestLanes;
+    const std::size_t padded = inWholeVectors(count);
     const bool whole = count == padded;
     for (std::size_t k = 0; k < inputs; ++k) {
       std::copy_n(x[k] + start, count, block.argument[k]);

@@ -19,20 +19,16 @@ constexpr std::size_t kLongRun = std::size_t{1} << 30;
 // Sums from the end of a run into the next binade.
 constexpr std::size_t kBeyondRun = 2;
 
-// |value| rounded down to a power of two, if that is far from the ends of the range; otherwise 0.
-double binadeOf(double value) {
-  const double power =
-      std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) & 0x7FF0'0000'0000'0000);
-  return power >= 0x1p-900 && power < 0x1p900 ? power : 0.0;
-}
-
 // How many sums from `value` on certainly lie an increment apart; perStep is 1 / |step|.
-std::size_t steadyRun(double value, double power, double step, double perStep, double increment,
-                      bool outward) {
+std::size_t steadyRun(double value, double step, double perStep, double increment) {
+  const double magnitude = fabs(value);
+  const double power = std::bit_cast<double>(std::bit_cast<std::uint64_t>(magnitude) &
+                                             0x7FF0'0000'0000'0000);  // at most the magnitude
+  if (!(power >= 0x1p-900 && magnitude < 0x1p900)) return 0;
   // A step halfway between two multiples would be rounded to even, to one side and the other.
   if (!(fabs(step - increment) < power * 0x1p-53)) return 0;
   if (increment == 0.0) return kLongRun;
-  const double magnitude = fabs(value);
+  const bool outward = (increment < 0.0) == (value < 0.0);
   const double room = outward ? 2.0 * power - magnitude : magnitude - power;
   // A step of 2^-13 of the power or more is within 2^-40 of the increment.
   const double most = fabs(step) >= power * 0x1p-13
@@ -59,11 +55,8 @@ double runningSum(double value, double step, std::size_t n, double* y) {
   for (std::size_t i = 0; i < n;) {
     std::size_t single = kShortRun;  // that follow one by one
     if (n - i >= kShortRun) {
-      const double power = binadeOf(value);
       const double increment = (value + step) - value;
-      const bool outward = (increment < 0.0) == (value < 0.0);
-      const std::size_t run =
-          std::min(steadyRun(value, power, step, perStep, increment, outward), n - i);
+      const std::size_t run = std::min(steadyRun(value, step, perStep, increment), n - i);
       if (run >= kShortRun) {
         // Whole vectors; what is too much of them is written again.
         const std::size_t count = std::min((run + 7) / 8 * 8, n - i);
@@ -71,7 +64,8 @@ double runningSum(double value, double step, std::size_t n, double* y) {
         i += run;
         value = y[i - 1] + step;
         single = kBeyondRun;
-      } else if (run > 0 && outward && 2.0 * power >= fabs(step) * kShortRun) {
+      } else if (run > 0 && fabs(value + step) > fabs(value) &&
+                 2.0 * fabs(value) >= fabs(step) * kShortRun) {
         single = run + kBeyondRun;  // the next binade has twice as many
       }
     }
